@@ -1,0 +1,83 @@
+# Settings and helpers that every folder uses.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_AUTOMOC ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "" FORCE)
+endif()
+find_program(VELMO_CCACHE ccache)
+if(VELMO_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${VELMO_CCACHE}")
+endif()
+
+# The program is started in this folder: it finds its pages, images and
+# translations through the working directory.
+set(VELMO_STAGE_DIR "${PROJECT_BINARY_DIR}/velmo")
+
+# velmo_settings(target): language level, warnings, sanitizers.
+function(velmo_settings target)
+  if(MSVC)
+    target_compile_options(${target} PRIVATE /W4 /utf-8)
+  else()
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+    if(VELMO_WERROR)
+      target_compile_options(${target} PRIVATE -Werror)
+    endif()
+  endif()
+  target_compile_definitions(${target} PRIVATE QT_NO_CAST_FROM_BYTEARRAY QT_NO_CAST_TO_ASCII)
+  if(VELMO_SANITIZE)
+    target_compile_options(${target} PRIVATE
+      -fsanitize=${VELMO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    target_link_options(${target} PRIVATE -fsanitize=${VELMO_SANITIZE})
+  endif()
+endfunction()
+
+# velmo_library(target FOLDER folder [HEADERS h...] SOURCES s... LINKS l...)
+#
+# A static library whose headers are included from the root, as in
+# "device/frame.h". Each library shows its own headers through a folder of
+# links, so that only a target that links it can include them: an include
+# against the arrows of the architecture does not build. Without HEADERS the
+# whole folder is shown.
+function(velmo_library target)
+  cmake_parse_arguments(arg "" "FOLDER" "HEADERS;SOURCES;LINKS" ${ARGN})
+  add_library(${target} STATIC ${arg_SOURCES})
+  set(shown "${PROJECT_BINARY_DIR}/include/${target}")
+  file(MAKE_DIRECTORY "${shown}")
+  if(arg_HEADERS)
+    file(MAKE_DIRECTORY "${shown}/${arg_FOLDER}")
+    foreach(header IN LISTS arg_HEADERS)
+      file(CREATE_LINK "${PROJECT_SOURCE_DIR}/${arg_FOLDER}/${header}"
+        "${shown}/${arg_FOLDER}/${header}" SYMBOLIC COPY_ON_ERROR)
+    endforeach()
+  else()
+    file(CREATE_LINK "${PROJECT_SOURCE_DIR}/${arg_FOLDER}" "${shown}/${arg_FOLDER}"
+      SYMBOLIC COPY_ON_ERROR)
+  endif()
+  target_include_directories(${target} PUBLIC "${shown}")
+  target_link_libraries(${target} PUBLIC ${arg_LINKS})
+  velmo_settings(${target})
+endfunction()
+
+# velmo_test(name SOURCES s... LINKS l... [LABELS l...])
+#
+# One Qt Test program for one unit. The label "web" marks what starts the web
+# engine. Each test gets a folder of its own as working directory.
+function(velmo_test name)
+  cmake_parse_arguments(arg "" "WORKING_DIRECTORY" "SOURCES;LINKS;LABELS" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE ${arg_LINKS} velmo_test_support Qt6::Test)
+  velmo_settings(${name})
+  if(NOT arg_WORKING_DIRECTORY)
+    set(arg_WORKING_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}/${name}.run")
+    file(MAKE_DIRECTORY "${arg_WORKING_DIRECTORY}")
+  endif()
+  add_test(NAME ${name} COMMAND ${name} WORKING_DIRECTORY "${arg_WORKING_DIRECTORY}")
+  set_tests_properties(${name} PROPERTIES
+    LABELS "${arg_LABELS}"
+    TIMEOUT 600
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0;UBSAN_OPTIONS=print_stacktrace=1")
+endfunction()

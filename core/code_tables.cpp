@@ -1,0 +1,1 @@
+#include "core/code_tables.h"

@@ -1,0 +1,1 @@
+#include "device/adb_device_manager.h"

@@ -1,0 +1,1 @@
+#include "device/adb_string_channel.h"

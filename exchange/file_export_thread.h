@@ -1,0 +1,38 @@
+#pragma once
+
+#include "coordinates/coordinate_system.h"
+#include "core/records.h"
+
+#include <QThread>
+
+class QStandardItemModel;
+class QWebEngineView;
+class graphic_widget;
+
+/// Writes ticked measurements to files, and pictures. The writers are not there
+/// yet.
+class file_export_thread : public QThread
+{
+    Q_OBJECT
+
+public:
+    using QThread::QThread;
+
+    QList<int> check_flags; ///< the twelve choices for Excel
+    QString system_name;    ///< name of the chosen coordinate system
+    int language = 0;       ///< 0 Chinese, other values English
+
+    void picture_export(QWebEngineView* m_parentWebEngineView, graphic_widget* m_parentwidgetView,
+                        int picture_flag, QString file_path);
+
+public slots:
+    void export_file(int cmd, int mode, double cz, double dz, double pl, model_param m_ModelParam,
+                     QStandardItemModel* model, QList<measuringData> Table_list,
+                     QStringList Data_msg_altitude, QString file_path,
+                     QList<QList<point_msg>> point_msg_all);
+    void export_file_check_flag(QList<int> flags, QString name);
+    void setlanguage(int newValue);
+
+protected:
+    void run() override;
+};
