@@ -29,6 +29,9 @@ class MainWindow;
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
+    // The meta-object system must know what the signatures point to.
+    Q_MOC_INCLUDE(<QStandardItemModel>)
+    Q_MOC_INCLUDE("coordinates/json_file_manager.h")
 
 public:
     explicit MainWindow(QWidget* parent = nullptr);

@@ -11,6 +11,7 @@ class QSerialPort;
 class serial_thread : public QThread
 {
     Q_OBJECT
+    Q_MOC_INCLUDE("device/adb_string_channel.h")
 
 public:
     explicit serial_thread(QObject* parent = nullptr);

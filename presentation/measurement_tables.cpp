@@ -117,6 +117,7 @@ CheckBoxDelegate* show(QTableView& view, QStandardItemModel& model, const QStrin
     QHeaderView* header = view.horizontalHeader();
     header->setDefaultAlignment(Qt::AlignHCenter | Qt::AlignVCenter);
     header->setSectionResizeMode(QHeaderView::Fixed);
+    header->setMinimumSectionSize(0); // some styles ask for more than the narrow columns have
     header->setStretchLastSection(model.columnCount() == kind_columns);
     for (int column = 0; column < model.columnCount(); ++column)
         view.setColumnWidth(column, widths[static_cast<size_t>(column)]);

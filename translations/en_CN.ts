@@ -358,4 +358,15 @@ Software version: </translation>
             <translation>Type</translation>
         </message>
     </context>
+    <context>
+        <name>thread_key</name>
+        <message>
+            <source>点</source>
+            <translation> pts</translation>
+        </message>
+        <message>
+            <source>条</source>
+            <translation> rec.</translation>
+        </message>
+    </context>
 </TS>

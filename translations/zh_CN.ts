@@ -358,4 +358,15 @@
             <translation>类型</translation>
         </message>
     </context>
+    <context>
+        <name>thread_key</name>
+        <message>
+            <source>点</source>
+            <translation>点</translation>
+        </message>
+        <message>
+            <source>条</source>
+            <translation>条</translation>
+        </message>
+    </context>
 </TS>
