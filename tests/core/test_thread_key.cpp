@@ -592,12 +592,15 @@ void test_thread_key::a_tick_in_the_main_table()
     window_side::tick(window.model, 2);
     window_side::tick(window.model, 3);
     window_side::tick(window.of_kind[1], 0); // stale: the main table rules
+    int written = 0;                         // the table that changed is read and not written
+    connect(&window.model, &QStandardItemModel::itemChanged, this, [&written] { ++written; });
     const script_recorder map(hub);
     window.call(hub, &thread_key::recv_all_table_change, true);
     QCOMPARE(map.figures(), (QStringList{"erase 1 0,0", "erase 2 1,1", "draw 2 1 2,2",
                                          "draw 3 1 3,3", "erase 2 4,4"}));
     QCOMPARE(window_side::ticks(window.model), "..xx.");
     QCOMPARE(window.kind_ticks(), (QStringList{".x", ".", "", "", ".", ""}));
+    QCOMPARE(written, 0);
 }
 
 void test_thread_key::a_tick_in_a_table_of_a_kind_data()
