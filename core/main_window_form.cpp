@@ -2,6 +2,7 @@
 
 #include "core/main_window.h"
 #include "presentation/graphic_widget.h"
+#include "presentation/plain_check_box.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -136,11 +137,12 @@ void MainWindow::make_tables_panel()
             "QTabWidget::pane {border: none;}"
             "QTabBar {border: none;background: transparent;}"
             "QTabBar::tab {background: #e4e4e4;border: 1px solid #c7c7c7;border-bottom: none;"
-            "border-top-left-radius: 4px;border-top-right-radius: 4px;height: 20px;width: 49px;"
+            "border-top-left-radius: 4px;border-top-right-radius: 4px;height: 20px;width: 48px;"
             "font-size: 12px;padding: 0;margin-right: 1px;}"
             "QTabBar::tab:selected {background: white;color: #1565a8;}"
             "QTabBar::tab:hover:!selected {background: #f0f0f0;}"
-            "QCheckBox {background: transparent;border: none;}"
+            "#tabWidget > QStackedWidget, #tabWidget > QStackedWidget > QWidget "
+            "{background: transparent;border: none;border-radius: 0;}"
             "QTableView {    border: none;    background-color: white;    gridline-color: #c7c7c7;"
             "    selection-background-color: #a0a0a0;    selection-color: white;}"
             "QTableView {border-radius: 0;}"
@@ -194,7 +196,7 @@ void MainWindow::make_tables_panel()
         view->horizontalHeader()->setFixedHeight(24);
         view->setTabKeyNavigation(false);
         // Over the header of the tick column.
-        auto* box = make<QCheckBox>(page, entry.box_name, QRect(13, 4, 16, 16));
+        auto* box = make<plain_check_box>(page, entry.box_name, QRect(13, 4, 16, 16));
         this->*entry.page = page;
         this->*entry.view = view;
         this->*entry.box = box;

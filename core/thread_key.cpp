@@ -700,6 +700,3 @@ void thread_key::recv_fangyang_table_change(
          {model_area, model_distance, model_point, model_airline, model_track, model_fangyang}},
         table_list, data_msg);
 }
-
-// The signals carry pointers to classes that the header only declares; here they
-// are complete, so that the meta-object knows them as types.
