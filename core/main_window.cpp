@@ -13,6 +13,7 @@
 #include <QDebug>
 #include <QDir>
 #include <QFrame>
+#include <QGraphicsOpacityEffect>
 #include <QLabel>
 #include <QMessageBox>
 #include <QProgressBar>
@@ -50,8 +51,12 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), ui(new Ui::MainWi
     connect_menus();
 
     style_buttons();
-    for (QLabel* lamp : {ui->LED, ui->LED_2})
-        lamp->setStyleSheet(lamp_style(lamp_red, lamp->width() / 2 + 1));
+    // Round: half from the first to the last pixel, and one. A style sheet draws
+    // a larger radius as a square.
+    for (QLabel* lamp : {ui->LED, ui->LED_2}) {
+        const QRect place = lamp->rect();
+        lamp->setStyleSheet(lamp_style(lamp_red, (place.right() - place.left()) / 2 + 1));
+    }
     set_LED(false);
     start_web_view();
 
@@ -274,6 +279,10 @@ void MainWindow::set_progressbar(int percent)
 void MainWindow::set_read_button(bool enabled)
 {
     ui->data_read->setEnabled(enabled);
+    // A style sheet shows the same image either way: let the lock be seen.
+    auto* faded = new QGraphicsOpacityEffect(ui->data_read);
+    faded->setOpacity(enabled ? 1.0 : 0.45);
+    ui->data_read->setGraphicsEffect(faded); // replaces and deletes the one before
 }
 
 void MainWindow::set_LED(bool connected)

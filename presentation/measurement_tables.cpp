@@ -32,41 +32,14 @@ QStandardItem* text_item(const QString& text)
     return item;
 }
 
-/// The items of a table while it is put together, column by column: a model
-/// takes a whole column at once much faster than as many rows.
-class column_builder
+/// Puts a measurement into a row that the model has already.
+void set_row(QStandardItemModel& model, int row, const measuringData& record)
 {
-public:
-    column_builder(int columns, qsizetype rows) : m_columns(static_cast<size_t>(columns))
-    {
-        for (auto& column : m_columns)
-            column.reserve(rows);
-    }
-
-    [[nodiscard]] int rows() const { return static_cast<int>(m_columns.front().size()); }
-
-    void append(const measuringData& record, const QString& kind)
-    {
-        const QString number = QString::number(rows() + 1);
-        m_columns[tick_column].append(tick_item());
-        m_columns[number_column].append(text_item(number));
-        m_columns[name_column].append(text_item(record.name));
-        m_columns[time_column].append(text_item(record.time));
-        if (m_columns.size() > type_column)
-            m_columns[type_column].append(text_item(kind));
-    }
-
-    void move_into(QStandardItemModel& model)
-    {
-        if (rows() == 0)
-            return;
-        for (const auto& column : m_columns)
-            model.appendColumn(column);
-    }
-
-private:
-    std::vector<QList<QStandardItem*>> m_columns;
-};
+    model.setItem(row, tick_column, tick_item());
+    model.setItem(row, number_column, text_item(QString::number(row + 1)));
+    model.setItem(row, name_column, text_item(record.name));
+    model.setItem(row, time_column, text_item(record.time));
+}
 
 } // namespace
 
@@ -85,21 +58,26 @@ kind_relations fill(QStandardItemModel& main, const kind_models& kinds,
                     const QList<measuringData>& table_list, int language)
 {
     kind_relations relations;
-    column_builder all(main_columns, table_list.size());
-    std::vector<column_builder> by_kind(kinds.size(), column_builder(kind_columns, 0));
-    for (const measuringData& record : table_list) {
-        const int main_row = all.rows();
-        all.append(record, kind_word(record.method, language));
-        const int kind = kind_index(record.method);
-        if (kind < 0)
-            continue;
-        column_builder& table = by_kind[static_cast<size_t>(kind)];
-        relations[static_cast<size_t>(kind)].append({table.rows(), main_row});
-        table.append(record, {});
+    for (int row = 0; row < table_list.size(); ++row) {
+        if (const int kind = kind_index(table_list[row].method); kind >= 0) {
+            relation_list& relation = relations[static_cast<size_t>(kind)];
+            relation.append({static_cast<int>(relation.size()), row});
+        }
     }
-    all.move_into(main);
-    for (size_t kind = 0; kind < kinds.size(); ++kind)
-        by_kind[kind].move_into(*kinds[kind]);
+
+    // All rows are made at once: a model that grows row by row is slow.
+    main.setColumnCount(main_columns);
+    main.setRowCount(static_cast<int>(table_list.size()));
+    for (int row = 0; row < table_list.size(); ++row) {
+        set_row(main, row, table_list[row]);
+        main.setItem(row, type_column, text_item(kind_word(table_list[row].method, language)));
+    }
+    for (size_t kind = 0; kind < kinds.size(); ++kind) {
+        kinds[kind]->setColumnCount(kind_columns);
+        kinds[kind]->setRowCount(static_cast<int>(relations[kind].size()));
+        for (const auto& [kind_row, main_row] : std::as_const(relations[kind]))
+            set_row(*kinds[kind], kind_row, table_list[main_row]);
+    }
     return relations;
 }
 
