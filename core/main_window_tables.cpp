@@ -4,6 +4,7 @@
 #include "core/main_window.h"
 #include "core/main_window_form.h"
 #include "presentation/check_box_delegate.h"
+#include "presentation/measurement_model.h"
 
 #include <QDebug>
 #include <QStandardItemModel>
@@ -104,7 +105,7 @@ void MainWindow::init_table_models()
             one->disconnect(this);
             one->deleteLater();
         }
-        one = new QStandardItemModel(this);
+        one = new measurement_model(this);
     };
     renew(model);
     for (const kind_surface& surface : surfaces)
@@ -239,7 +240,8 @@ void MainWindow::fangyang_table_change(bool clicked)
 
 void MainWindow::onAllTableDataChanged(QStandardItem* item)
 {
-    take_edit(*item, item->row(), "更新主表数据名称: 行", "Updated main table time: row");
+    if (is_text(*item))
+        take_edit(*item, item->row(), "更新主表数据名称: 行", "Updated main table time: row");
 }
 
 void MainWindow::onAreaTableDataChanged(QStandardItem* item)
@@ -274,6 +276,8 @@ void MainWindow::onFangyangTableDataChanged(QStandardItem* item)
 
 void MainWindow::kind_table_changed(size_t kind, const QStandardItem& item)
 {
+    if (!is_text(item))
+        return;
     const kind_surface& surface = surfaces[kind];
     const relation_list& relation = this->*surface.relation;
     const auto pair = std::find_if(relation.cbegin(), relation.cend(),
@@ -288,18 +292,14 @@ void MainWindow::take_edit(const QStandardItem& item, int main_row, const char* 
     if (main_row < 0 || main_row >= table_list.size())
         return;
     const QString text = item.text();
-    switch (item.column()) {
-    case measurement_tables::name_column:
+    if (item.column() == measurement_tables::name_column) {
         table_list[main_row].name = text;
         qDebug() << name_words << main_row << "新名称:" << text;
         syncDataNameToOtherTables(main_row, text);
-        break;
-    case measurement_tables::time_column:
+    } else {
         table_list[main_row].time = text;
         qDebug() << time_words << main_row << "time" << text;
         updateDataTimeInAllTables(main_row, text);
-        break;
-    default: break;
     }
 }
 

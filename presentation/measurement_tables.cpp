@@ -93,6 +93,7 @@ CheckBoxDelegate* show(QTableView& view, QStandardItemModel& model, const QStrin
         view.setItemDelegateForColumn(column, plain);
 
     QHeaderView* header = view.horizontalHeader();
+    header->setHighlightSections(false);
     header->setDefaultAlignment(Qt::AlignHCenter | Qt::AlignVCenter);
     header->setSectionResizeMode(QHeaderView::Fixed);
     header->setMinimumSectionSize(0); // some styles ask for more than the narrow columns have
