@@ -4,6 +4,8 @@
 #include <QProcessEnvironment>
 #include <QTcpServer>
 
+#include <utility>
+
 namespace {
 
 constexpr int patience = 30000; // ms

@@ -2,6 +2,8 @@
 
 #include <QDeadlineTimer>
 
+#include <utility>
+
 namespace {
 
 constexpr int patience = 30000; // ms
