@@ -58,6 +58,14 @@ enum kind : size_t
     fangyang
 };
 
+/// Whether a change of the item is an edit to take over. Ticks change by the
+/// thousand and are none.
+bool is_text(const QStandardItem& item)
+{
+    const int column = item.column();
+    return column == measurement_tables::name_column || column == measurement_tables::time_column;
+}
+
 } // namespace
 
 // Rebuild

@@ -1,8 +1,10 @@
 #include "instrument/adb_message.h"
 
+#include <QDataStream>
 #include <QtEndian>
 
 #include <numeric>
+#include <utility>
 
 namespace instrument {
 
@@ -35,22 +37,29 @@ adb_parse take_adb_message(QByteArray& buffer, bool check, adb_message& out)
 {
     if (buffer.size() < adb_header_size)
         return adb_parse::incomplete;
-    const auto word = [&buffer](qsizetype index) {
-        return qFromLittleEndian<std::uint32_t>(buffer.constData() + 4 * index);
-    };
-    const std::uint32_t length = word(3);
-    if (word(5) != ~word(0) || length > adb_largest_payload)
+    std::uint32_t command = 0;
+    std::uint32_t argument0 = 0;
+    std::uint32_t argument1 = 0;
+    std::uint32_t length = 0;
+    std::uint32_t sum = 0;
+    std::uint32_t complement = 0;
+    {
+        QDataStream words(buffer);
+        words.setByteOrder(QDataStream::LittleEndian);
+        words >> command >> argument0 >> argument1 >> length >> sum >> complement;
+    }
+    if (complement != ~command || length > adb_largest_payload)
         return adb_parse::broken;
     if (buffer.size() < adb_header_size + static_cast<qsizetype>(length))
         return adb_parse::incomplete;
 
-    adb_message message{.command = static_cast<adb_command>(word(0)),
-                        .argument0 = word(1),
-                        .argument1 = word(2),
+    adb_message message{.command = static_cast<adb_command>(command),
+                        .argument0 = argument0,
+                        .argument1 = argument1,
                         .payload = buffer.mid(adb_header_size, length)};
     if (message.command == adb_command::connect)
-        check = message.argument0 < adb_version_without_checksum;
-    if (check && word(4) != checksum(message.payload))
+        check = argument0 < adb_version_without_checksum;
+    if (check && sum != checksum(message.payload))
         return adb_parse::broken;
     buffer.remove(0, adb_header_size + static_cast<qsizetype>(length));
     out = std::move(message);

@@ -35,6 +35,7 @@ void set_point_count(frame_draft& draft, qsizetype count)
 {
     const QByteArray mode = draft.data.last(1);
     const QByteArray point = draft.data.sliced(draft.data.size() - 1 - point_size, point_size);
+    draft.data.chop(1);
     draft.data.truncate(points_begin + point_size * count);
     while (draft.data.size() < points_begin + point_size * count)
         draft.data.append(point);
@@ -87,9 +88,11 @@ void short_data(const fault& what, frame_draft& draft)
     draft.data.chop(std::min<qsizetype>(what.value, draft.data.size()));
 }
 
-void ignore_request(const fault&, frame_draft& draft)
+void ignore_request(const fault& what, frame_draft& draft)
 {
-    draft.drop = draft.drop || draft.attempt == 0;
+    // A probe does not count as repeated, so it would never be answered.
+    const bool wanted = draft.number > 0 || what.only_frame.has_value();
+    draft.drop = draft.drop || (wanted && draft.attempt == 0);
 }
 
 void silent_after(const fault& what, frame_draft& draft)
@@ -155,6 +158,11 @@ void points_mode(const fault& what, frame_draft& draft)
 
 // Its bytes.
 
+void length_field(const fault& what, frame_bytes& frame)
+{
+    qToBigEndian(static_cast<std::uint16_t>(what.value), frame.bytes.data() + 4);
+}
+
 void flip_bit(const fault& what, frame_bytes& frame)
 {
     const qsizetype at = what.value / 8;
@@ -182,26 +190,9 @@ void delay(const fault& what, frame_bytes& frame)
     frame.delay += std::chrono::milliseconds(what.value);
 }
 
+// Faults act in this order, whatever the order they are asked for in: what sits
+// in the data comes before what spoils the frame around it.
 const QList<fault_kind> all_kinds{
-    {"flip-bit", "BIT", 0, 9519, 64, "turn bit BIT over, counted from the frame's first", nullptr,
-     flip_bit},
-    {"noise", "BYTES", 1, 65536, 16, "bytes of noise before the frame, none of them 0x5A", nullptr,
-     noise_before},
-    {"noise-headers", "BYTES", 1, 65536, 3, "false headers, bytes 0x5A, before the frame", nullptr,
-     headers_before},
-    {"split", "BYTES", 1, 65536, 5, "write the frame in pieces of BYTES bytes", nullptr, split},
-    {"delay", "MS", 0, 600000, 200, "wait before the frame", nullptr, delay},
-    {"silent-after", "FRAME", 0, 1000000000, 1, "no frame after this until the next read",
-     silent_after, nullptr},
-    {"ignore-request", nullptr, 0, 0, 0, "answer the request only when it is repeated",
-     ignore_request, nullptr},
-    {"probe-status", "STATUS", 0, 255, 1, "status in the reply to the read probe", probe_status,
-     nullptr},
-    {"end-status", "STATUS", 0, 255, 1, "status in the reply at the end of the export", end_status,
-     nullptr},
-    {"command", "CODE", 0, 255, 0x7E, "command code of the frame", command, nullptr},
-    {"short-data", "BYTES", 1, 1193, 1, "leave the last data bytes out, length and CRC in order",
-     short_data, nullptr},
     {"points-first", nullptr, 0, 0, 0, "a points frame before the first head", points_first,
      nullptr},
     {"repeat-head", nullptr, 0, 0, 0, "send each head twice", repeat_head, nullptr},
@@ -209,10 +200,6 @@ const QList<fault_kind> all_kinds{
      point_total, nullptr},
     {"export-total", "COUNT", 0, 65535, 0, "number of measurements that a head announces",
      export_total, nullptr},
-    {"points-in-frame", "POINTS", 1, 3000, 52, "points in a points frame", points_in_a_frame,
-     nullptr},
-    {"extra-points", "POINTS", 1, 3000, 1, "points beyond the announced ones in the last frame",
-     extra_points, nullptr},
     {"kind", "KIND", 0, 255, 6, "kind of measurement in the head", set_in_head<head_kind>, nullptr},
     {"month", "BYTE", 0, 255, 0x13, "month byte of the start time in the head",
      set_in_head<head_start + 1>, nullptr},
@@ -222,11 +209,48 @@ const QList<fault_kind> all_kinds{
      nullptr},
     {"mode", "BYTE", 0, 255, 2, "measurement mode byte in the head", set_in_head<head_mode>,
      nullptr},
+    {"points-in-frame", "POINTS", 1, 3000, 52, "points in a points frame", points_in_a_frame,
+     nullptr},
+    {"extra-points", "POINTS", 1, 3000, 1, "points beyond the announced ones in the last frame",
+     extra_points, nullptr},
     {"points-mode", "BYTE", 0, 255, 2, "measurement mode byte behind the points", points_mode,
      nullptr},
     {"status-byte", "BYTE", 0, 255, 10, "positioning status of the frame's last point", status_byte,
      nullptr},
+    {"probe-status", "STATUS", 0, 255, 1, "status in the reply to the read probe", probe_status,
+     nullptr},
+    {"end-status", "STATUS", 0, 255, 1, "status in the reply at the end of the export", end_status,
+     nullptr},
+    {"short-data", "BYTES", 1, 65535, 1, "leave the last data bytes out, length and CRC in order",
+     short_data, nullptr},
+    {"command", "CODE", 0, 255, 0x7E, "command code of the frame", command, nullptr},
+    {"ignore-request", nullptr, 0, 0, 0, "answer an export request only when it is repeated",
+     ignore_request, nullptr},
+    {"silent-after", "FRAME", 0, 1000000000, 1, "no frame after this one until the next read",
+     silent_after, nullptr},
+    {"length-field", "BYTES", 0, 65535, 1194, "another number in the length field", nullptr,
+     length_field},
+    {"flip-bit", "BIT", 0, 524343, 64, "turn over this bit, counted from the frame's first",
+     nullptr, flip_bit},
+    {"noise", "BYTES", 1, 65536, 16, "bytes of noise before the frame, none of them 0x5A", nullptr,
+     noise_before},
+    {"noise-headers", "BYTES", 1, 65536, 3, "false headers, bytes 0x5A, before the frame", nullptr,
+     headers_before},
+    {"split", "BYTES", 1, 65536, 5, "write the frame in pieces of so many bytes", nullptr, split},
+    {"delay", "MS", 0, 600000, 200, "wait before the frame", nullptr, delay},
 };
+
+template <typename Frame>
+void apply_in_order(const fault_list& faults, Frame& frame,
+                    void (*fault_kind::*act)(const fault&, Frame&))
+{
+    for (const fault_kind& kind : all_kinds) {
+        for (const fault& one : faults) {
+            if (one.kind == &kind && kind.*act != nullptr && one.fits(frame.number))
+                (kind.*act)(one, frame);
+        }
+    }
+}
 
 std::optional<int> number(QStringView text)
 {
@@ -296,18 +320,12 @@ QString fault_help()
 
 void apply(const fault_list& faults, frame_draft& draft)
 {
-    for (const fault& one : faults) {
-        if (one.kind->on_draft != nullptr && one.fits(draft.number))
-            one.kind->on_draft(one, draft);
-    }
+    apply_in_order(faults, draft, &fault_kind::on_draft);
 }
 
 void apply(const fault_list& faults, frame_bytes& frame)
 {
-    for (const fault& one : faults) {
-        if (one.kind->on_bytes != nullptr && one.fits(frame.number))
-            one.kind->on_bytes(one, frame);
-    }
+    apply_in_order(faults, frame, &fault_kind::on_bytes);
 }
 
 QList<chunk> to_chunks(const frame_bytes& frame)

@@ -15,10 +15,10 @@ struct host_frame
 };
 
 /// Takes the first whole good host frame out of `buffer`, dropping what is no
-/// frame before it. Host frames carry the marker 0xFD and, as uploads over TCP
-/// are long, have no limit of length but that of the two length bytes; so a
-/// header without the marker is taken for noise. A frame with a wrong CRC costs
-/// its first byte.
+/// frame before it. A header counts only with the host's marker 0xFD, a known
+/// command and a length that this command can have; so nothing that merely looks
+/// like a header keeps the instrument waiting for a frame that never ends. A
+/// frame with a wrong CRC costs its first byte.
 ///
 /// Returns false when more bytes are needed; `out` is untouched then.
 [[nodiscard]] bool take_host_frame(QByteArray& buffer, host_frame& out);
