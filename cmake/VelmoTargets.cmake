@@ -75,6 +75,12 @@ function(velmo_test name)
     set(arg_WORKING_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}/${name}.run")
     file(MAKE_DIRECTORY "${arg_WORKING_DIRECTORY}")
   endif()
+  if(NOT "web" IN_LIST arg_LABELS)
+    if(NOT TARGET velmo_plain_tests)
+      add_custom_target(velmo_plain_tests)
+    endif()
+    add_dependencies(velmo_plain_tests ${name})
+  endif()
   add_test(NAME ${name} COMMAND ${name} WORKING_DIRECTORY "${arg_WORKING_DIRECTORY}")
   set_tests_properties(${name} PROPERTIES
     LABELS "${arg_LABELS}"

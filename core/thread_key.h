@@ -19,6 +19,11 @@ class graphic_widget;
 class thread_key : public QThread
 {
     Q_OBJECT
+    // The meta-object system must know what the signatures point to.
+    Q_MOC_INCLUDE(<QStandardItemModel>)
+    Q_MOC_INCLUDE(<QWebEngineView>)
+    Q_MOC_INCLUDE("coordinates/json_file_manager.h")
+    Q_MOC_INCLUDE("presentation/graphic_widget.h")
 
 public:
     explicit thread_key(QObject* parent = nullptr);

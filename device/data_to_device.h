@@ -13,6 +13,8 @@ class QStandardItemModel;
 class data_to_device : public QThread
 {
     Q_OBJECT
+    Q_MOC_INCLUDE("device/adb_string_channel.h")
+    Q_MOC_INCLUDE(<QStandardItemModel>)
 
 public:
     using QThread::QThread;

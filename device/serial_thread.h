@@ -29,6 +29,7 @@ enum class kind;
 class serial_thread : public QThread
 {
     Q_OBJECT
+    Q_MOC_INCLUDE("device/adb_string_channel.h")
 
 public:
     /// A serial port as the operating system lists it.

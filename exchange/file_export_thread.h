@@ -14,6 +14,9 @@ class graphic_widget;
 class file_export_thread : public QThread
 {
     Q_OBJECT
+    Q_MOC_INCLUDE(<QStandardItemModel>)
+    Q_MOC_INCLUDE(<QWebEngineView>)
+    Q_MOC_INCLUDE("presentation/graphic_widget.h")
 
 public:
     using QThread::QThread;

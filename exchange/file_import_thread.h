@@ -10,6 +10,7 @@ class JsonFileManager;
 class file_import_thread : public QThread
 {
     Q_OBJECT
+    Q_MOC_INCLUDE("coordinates/json_file_manager.h")
 
 public:
     using QThread::QThread;

@@ -16,9 +16,9 @@ class graphic_widget : public QWidget
 public:
     using QWidget::QWidget;
 
-    QStringList draw_data;               ///< plain coordinate text of each ticked measurement
+    QStringList draw_data;                ///< plain coordinate text of each ticked measurement
     QList<std::pair<int, int>> draw_rows; ///< (index in draw_data, row in the main table)
-    qint32 frame_shown = 1;              ///< non-zero while the information frame overlaps
+    qint32 frame_shown = 1;               ///< non-zero while the information frame overlaps
 
 protected:
     void paintEvent(QPaintEvent* event) override;

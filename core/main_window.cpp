@@ -1,0 +1,420 @@
+#include "core/main_window.h"
+
+#include "coordinates/json_file_manager.h"
+#include "core/main_window_form.h"
+#include "maker.h"
+#include "presentation/bridge.h"
+#include "presentation/graphic_widget.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QDebug>
+#include <QDir>
+#include <QFrame>
+#include <QLabel>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QStandardItemModel>
+#include <QTimer>
+#include <QUrl>
+#include <QWebChannel>
+#include <QWebEnginePage>
+#include <QWebEngineSettings>
+#include <QWebEngineView>
+
+namespace {
+
+constexpr int totals_interval_ms = 500;
+
+QString lamp_style(const char* colour, int radius)
+{
+    return QStringLiteral(
+               "background-color: qradialgradient(spread:pad, cx:0.5, cy:0.5, radius:0.5, fx:0.5, "
+               "fy:0.5, stop:0 %1, stop:1 rgba(220, 220, 220, 255));border-radius:%2px;")
+        .arg(QLatin1String(colour))
+        .arg(radius);
+}
+
+constexpr char lamp_green[] = "rgba(0, 229, 0, 255)";
+constexpr char lamp_red[] = "rgba(255, 0, 0, 255)";
+constexpr int lamp_radius = 10;
+
+} // namespace
+
+MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), ui(new Ui::MainWindow)
+{
+    ui->setupUi(this);
+    connect_menus();
+
+    style_buttons();
+    for (QLabel* lamp : {ui->LED, ui->LED_2})
+        lamp->setStyleSheet(lamp_style(lamp_red, lamp->width() / 2 + 1));
+    set_LED(false);
+    start_web_view();
+
+    init_table_models();
+
+    timer = new QTimer(this);
+    connect(timer, &QTimer::timeout, this,
+            [this] { emit send_check_sign_to_threadkey_other(model, table_list, data_msg); });
+    timer->start(totals_interval_ms);
+
+    connect_check_boxes();
+    js = new JsonFileManager(this);
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::connect_menus()
+{
+    const auto on = [this](QAction* action, auto slot) {
+        connect(action, &QAction::triggered, this, slot);
+    };
+    on(ui->action_export_graphics, &MainWindow::on_print_clicked);
+    on(ui->action_export, &MainWindow::on_data_output_file_clicked);
+    on(ui->action_quit, &MainWindow::quit_if_confirmed);
+    on(ui->action_coordinate, &MainWindow::show_coordinate_settings);
+    for (QAction* provider : {ui->action_gaode, ui->action_google, ui->action_sky})
+        on(provider, [this, provider] { choose_map(provider); });
+    on(ui->action_instructions, &MainWindow::show_instructions);
+    on(ui->action_about, &MainWindow::show_about);
+    on(ui->action_download, &MainWindow::show_download);
+    on(ui->action_software, &MainWindow::on_softwareupgrade_clicked);
+    for (QAction* one : {ui->action_chinese, ui->action_english})
+        on(one, [this, one] { choose_language(one); });
+}
+
+void MainWindow::connect_check_boxes()
+{
+    const auto on = [this](QCheckBox* box, void (MainWindow::*slot)(int)) {
+#if QT_VERSION >= QT_VERSION_CHECK(6, 7, 0)
+        connect(box, &QCheckBox::checkStateChanged, this,
+                [this, slot](Qt::CheckState state) { (this->*slot)(state); });
+#else
+        connect(box, &QCheckBox::stateChanged, this, slot);
+#endif
+    };
+    on(ui->checkBox, &MainWindow::check_all);
+    on(ui->checkBox_mianji, &MainWindow::check_mianji);
+    on(ui->checkBox_juli, &MainWindow::check_juli);
+    on(ui->checkBox_hangdian, &MainWindow::check_hangdian);
+    on(ui->checkBox_hangxian, &MainWindow::check_hangxian);
+    on(ui->checkBox_hangji, &MainWindow::check_hangji);
+    on(ui->checkBox_fangyang, &MainWindow::check_fangyang);
+}
+
+// Map
+
+void MainWindow::start_web_view()
+{
+    web_channel = new QWebChannel(this);
+    // Without a parent: it lives as long as the process, like the page it serves.
+    web_channel->registerObject(QStringLiteral("bridge_name"), new bridge);
+    ui->map->page()->setWebChannel(web_channel);
+
+    QWebEngineSettings* settings = ui->map->settings();
+    for (const QWebEngineSettings::WebAttribute attribute :
+         {QWebEngineSettings::JavascriptEnabled,
+          QWebEngineSettings::LocalContentCanAccessRemoteUrls,
+          QWebEngineSettings::LocalContentCanAccessFileUrls, QWebEngineSettings::AutoLoadImages,
+          QWebEngineSettings::PluginsEnabled, QWebEngineSettings::AllowRunningInsecureContent})
+        settings->setAttribute(attribute, true);
+
+    load_page(QStringLiteral("/index.html"));
+    ui->map->raise();
+    ui->widget_graphic->lower();
+}
+
+void MainWindow::load_page(const QString& page)
+{
+    // A bare path is a URL on Windows only, where the drive letter makes it
+    // one; fromUserInput turns it into a file URL everywhere.
+    const QUrl url = QUrl::fromUserInput(QDir::currentPath() + page);
+    if (page == QLatin1String("/index_google.html"))
+        qDebug() << "Loading URL:" << url;
+    ui->map->page()->load(url);
+}
+
+void MainWindow::run_script(const QString& script)
+{
+    ui->map->page()->runJavaScript(script);
+}
+
+void MainWindow::choose_map(QAction* chosen)
+{
+    if (!chosen->isChecked()) {
+        chosen->setChecked(true);
+        return;
+    }
+    struct provider
+    {
+        QAction* action;
+        const char* page;
+    };
+    for (const provider& one : {provider{ui->action_gaode, "/index.html"},
+                                provider{ui->action_google, "/index_google.html"},
+                                provider{ui->action_sky, "/index_tiandi.html"}}) {
+        if (one.action == chosen)
+            load_page(QLatin1String(one.page));
+        else
+            one.action->setChecked(false);
+    }
+}
+
+void MainWindow::draw_map(QString script)
+{
+    qDebug() << "map script length:" << script.size();
+    run_script(script);
+}
+
+void MainWindow::delete_map(QString /*script*/) {}
+
+void MainWindow::on_pushButton_map_clicked()
+{
+    if (map_shown == 1)
+        return;
+    map_shown = 1;
+    style_view_buttons();
+    ui->map->raise();
+    ui->widget_graphic->lower();
+}
+
+void MainWindow::on_pushButton_graph_clicked()
+{
+    if (map_shown == 0)
+        return;
+    map_shown = 0;
+    style_view_buttons();
+    ui->widget_graphic->raise();
+    ui->map->lower();
+}
+
+void MainWindow::on_tuxing_control_clicked()
+{
+    frame_shown = frame_shown == 0 ? 1 : 0;
+    ui->frame->setVisible(frame_shown != 0);
+}
+
+// Buttons that become signals
+
+void MainWindow::on_data_read_clicked()
+{
+    emit send_btm_sign_to_threadkey_read_data(table_list, data_msg, data_msg_altitude,
+                                              point_msg_all);
+}
+
+void MainWindow::on_data_to_device_clicked()
+{
+    emit send_btm_sign_to_threadkey_device(model, table_list, data_msg_altitude);
+    tell_not_available(tr("上传数据"));
+}
+
+void MainWindow::on_data_output_file_clicked()
+{
+    tell_not_available(tr("导出数据"));
+}
+
+void MainWindow::on_data_input_file_clicked()
+{
+    tell_not_available(tr("导入数据"));
+}
+
+void MainWindow::on_delect_tableandmap_clicked()
+{
+    emit send_btm_sign_to_threadkey_delete_tableandmap(model, table_list, data_msg,
+                                                       data_msg_altitude, point_msg_all);
+    for (QCheckBox* box :
+         {ui->checkBox, ui->checkBox_mianji, ui->checkBox_juli, ui->checkBox_hangdian,
+          ui->checkBox_hangxian, ui->checkBox_hangji, ui->checkBox_fangyang})
+        box->setChecked(false);
+}
+
+void MainWindow::on_print_clicked()
+{
+    tell_not_available(tr("打印"));
+}
+
+void MainWindow::on_softwareupgrade_clicked()
+{
+    tell_not_available(tr("软件更新"));
+}
+
+void MainWindow::on_hardwareupgrade_clicked()
+{
+    tell_not_available(tr("设备升级"));
+}
+
+void MainWindow::on_marlund_clicked()
+{
+    emit send_btm_sign_to_threadkey_marlund();
+}
+
+void MainWindow::show_coordinate_settings()
+{
+    tell_not_available(tr("坐标设置"));
+}
+
+void MainWindow::tell_not_available(const QString& feature)
+{
+    qWarning() << "not there yet:" << feature;
+    QMessageBox::information(this, feature, tr("此功能尚未提供，将随后续版本加入。"));
+}
+
+// What comes back
+
+void MainWindow::set_progressbar(int percent)
+{
+    ui->progressBar->setValue(percent);
+    ui->progressLabel->setText(QString::number(percent) + QLatin1Char('%'));
+}
+
+void MainWindow::set_read_button(bool enabled)
+{
+    ui->data_read->setEnabled(enabled);
+}
+
+void MainWindow::set_LED(bool connected)
+{
+    set_lamp(ui->LED, connected);
+}
+
+void MainWindow::set_LED_2(bool connected)
+{
+    set_lamp(ui->LED_2, connected);
+}
+
+void MainWindow::set_lamp(QLabel* lamp, bool connected)
+{
+    m_connected = connected;
+    write_connection_text();
+    lamp->setStyleSheet(lamp_style(connected ? lamp_green : lamp_red, lamp_radius));
+}
+
+void MainWindow::write_connection_text()
+{
+    if (language == 0)
+        ui->label_serial->setText(m_connected ? tr("已连接") : tr("未连接"));
+    else
+        ui->label_serial->setText(m_connected ? tr("connect") : tr("disconnect"));
+}
+
+void MainWindow::set_information(QString checked, QString areameter, QString areamu, QString length,
+                                 QString points, QString records, QList<widgetData> checked_data)
+{
+    ui->totalchecked->setText(checked);
+    ui->label_15->setText(checked);
+    ui->areameter->setText(areameter);
+    ui->label_24->setText(areameter);
+    ui->areamu->setText(areamu);
+    ui->label_25->setText(areamu);
+    ui->distmeter->setText(length);
+    ui->label_26->setText(length);
+    ui->label_point->setText(points);
+    ui->label_tiao->setText(records);
+
+    graphic_widget& drawing = *ui->widget_graphic;
+    drawing.draw_data.clear();
+    drawing.draw_rows.clear();
+    for (const widgetData& one : std::as_const(checked_data)) {
+        drawing.draw_rows.append({static_cast<int>(drawing.draw_data.size()), one.row});
+        drawing.draw_data.append(one.data);
+        drawing.frame_shown = frame_shown;
+    }
+    drawing.update();
+}
+
+void MainWindow::setmodeflag(int m, JsonFileManager* store, int index)
+{
+    mode_flag = m;
+    js = store;
+    sys_index = index;
+}
+
+void MainWindow::recv_input_signal(QString path)
+{
+    emit send_btm_sign_to_threadkey_import_file(path, mode_flag, js, sys_index);
+}
+
+// Boxes
+
+void MainWindow::show_instructions()
+{
+    const QStringList lines{
+        tr("1、主要流程：连接设备>>获取数据>>选择数据>>地图、图形显示>>数据、图形导出"),
+        tr("2、获取数据：使用数据线将设备与电脑连接，点击获取数据按钮，软件会自动识别设备，并获取设"
+           "备中的数据"),
+        tr("3、选择数据：可以直接勾选数据，也可以在数据列表中双击数据条目选择数据，还可以勾选全选按"
+           "钮选中所有数据"),
+        tr("4、删除数据：将选中的数据全部删除"),
+        tr("5、地图显示：地图上会将在数据列表中勾选的数据以图形的方式展现在地图上，并将定位到其地图"
+           "中心位置，地图必须在有网络的情况下使用"),
+        tr("6、图形显示：在画板上将在数据列表中勾选的数据画成对应的图形（上北下南），每一条数据的图"
+           "形在起始点位置会有一个小圆圈，并且旁边会有一个数值索引，用于图形导出时与导出信息对应"),
+        tr("7、数据导出：导出的内容有经纬度，海拔，距离，面积和采集时间等信息，文件格式为可以为CSV"
+           "、DXF、KML、GPX，导出文件可以保存到一个文件或者进行文件条目单独保存为多个文件，用户可根"
+           "据实际需要进行选择导出文件保存方式。导出文件以其对应的采集时间命名"),
+        tr("8、数据导入:"
+           "导出的数据文件进行再次导入到软件进行查看测量距离，面积、测量图形和采集时间等信息"),
+        tr("9、图形导出：以截图方式保存显示的地图或者图形"),
+        tr("10、坐标格式：用于设置导出数据的格式，默认格式是“度”"),
+        tr("11、关于：本软件信息"),
+    };
+    QMessageBox box(this);
+    box.setWindowTitle(tr("使用说明"));
+    box.setText(lines.join(QLatin1Char('\n')));
+    box.setStandardButtons(QMessageBox::Ok);
+    box.exec();
+}
+
+void MainWindow::show_about()
+{
+    QMessageBox box(this);
+    box.setWindowTitle(tr("关于 Velmo"));
+    box.setText(tr("软件名称：Velmo\n软件版本：") + version + QLatin1Char('\n') +
+                QString::fromUtf8(maker::contact));
+    box.setStandardButtons(QMessageBox::Ok);
+    box.exec();
+}
+
+void MainWindow::show_download()
+{
+    QMessageBox box(this);
+    box.setWindowTitle(tr("资料下载"));
+    box.setText(tr("功能等待更新"));
+    box.setStandardButtons(QMessageBox::Ok);
+    box.exec();
+}
+
+bool MainWindow::confirm_quit()
+{
+    const bool english = language != 0;
+    return QMessageBox::question(
+               this, english ? QStringLiteral("Quit") : QStringLiteral("退出确认"),
+               english ? QStringLiteral("Are you sure you want to quit the program?")
+                       : QStringLiteral("您确定要退出程序吗？"),
+               QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
+}
+
+void MainWindow::quit_if_confirmed()
+{
+    if (!confirm_quit())
+        return;
+    m_quit_confirmed = true; // quitting closes the window, which need not ask again
+    QCoreApplication::quit();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    if (!m_quit_confirmed)
+        quit_if_confirmed();
+    event->setAccepted(m_quit_confirmed);
+}
+
+void MainWindow::resizeEvent(QResizeEvent* event)
+{
+    QMainWindow::resizeEvent(event);
+    ui->resize_with(event->size());
+}

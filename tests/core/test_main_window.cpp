@@ -1,0 +1,977 @@
+// The window with all that it is joined to, without a device: rectangles,
+// resizing, languages, boxes, tables, ticks and edits, driven by events.
+
+#include "core/application.h"
+#include "core/main_window.h"
+#include "core/main_window_form.h"
+#include "core/thread_key.h"
+#include "presentation/graphic_widget.h"
+#include "support/box_watcher.h"
+#include "support/log_capture.h"
+#include "support/sample_lists.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QDir>
+#include <QFile>
+#include <QFrame>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPointer>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QStandardItemModel>
+#include <QStyleOptionButton>
+#include <QTabWidget>
+#include <QTableView>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QWebEngineView>
+
+using pairs = QList<std::pair<int, int>>;
+
+class test_main_window : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+
+    void opens_as_designed();
+    void rectangles_data();
+    void rectangles();
+    void resizing_follows_the_rules();
+    void image_buttons_have_names_and_pictures();
+    void view_buttons_show_what_is_in_front();
+
+    void language_switch_sets_every_text();
+    void language_back_leaves_two_map_options_in_english();
+    void language_clicked_twice_stays();
+    void language_without_its_file_stays_in_the_old_one();
+    void headers_follow_at_the_next_rebuild();
+
+    void lamps_share_the_text();
+    void progress_and_read_button();
+    void information_fills_both_panels();
+    void frame_toggles();
+    void close_asks_first_data();
+    void close_asks_first();
+    void help_boxes();
+    void missing_features_say_so_data();
+    void missing_features_say_so();
+    void buttons_emit_their_signals();
+
+    void first_delivery_stays_when_the_second_comes();
+    void shorter_lists_are_taken_as_far_as_all_go();
+    void rows_stand_in_the_tables_of_their_kinds();
+    void rebuild_clears_ticks_and_keeps_boxes();
+    void emptied_tables_keep_headers_and_relations();
+    void rebuild_releases_the_models_before();
+
+    void a_click_on_the_tick_toggles_both_tables();
+    void what_does_not_toggle_data();
+    void what_does_not_toggle();
+    void space_toggles();
+    void ticking_in_a_kind_table_reaches_the_main_one();
+    void tab_box_ticks_all();
+    void deleting_takes_the_ticked_rows();
+    void deleting_nothing_still_clears_the_boxes();
+    void a_read_ends_with_its_tick_in_the_totals();
+
+    void name_edited_in_the_main_table();
+    void name_edited_in_a_kind_table_data();
+    void name_edited_in_a_kind_table();
+    void time_is_taken_as_typed();
+    void number_column_is_accepted_and_ignored();
+    void edit_without_relation_is_dropped();
+    void editing_through_the_keyboard();
+
+private:
+    void deliver(const sample_lists& lists);
+    void choose_english();
+    void choose_chinese();
+    [[nodiscard]] static QPoint tick_place(const QTableView* view, int row);
+    [[nodiscard]] bool ticked(const QStandardItemModel* model, int row) const;
+
+    application_objects m_objects{};
+    MainWindow* m_window = nullptr;
+    Ui::MainWindow* m_ui = nullptr;
+};
+
+void test_main_window::initTestCase()
+{
+    // Without adb in reach the device worker polls nothing.
+    qputenv("PATH", "");
+    install_default_font();
+    m_objects = make_application_objects();
+    m_window = m_objects.window;
+    m_ui = m_window->ui.get();
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window));
+}
+
+void test_main_window::init()
+{
+    if (m_window->language != 0)
+        choose_chinese();
+    m_window->reset_table_data({}, {}, {}, {});
+    for (auto* box : m_window->findChildren<QCheckBox*>())
+        box->setChecked(false);
+    m_ui->tabWidget->setCurrentIndex(0);
+    m_ui->pushButton_map->click();
+}
+
+void test_main_window::deliver(const sample_lists& lists)
+{
+    m_window->recast_table(0, lists.table_list, lists.data_msg, lists.data_msg_altitude,
+                           lists.point_msg_all);
+}
+
+void test_main_window::choose_english()
+{
+    m_ui->action_english->trigger();
+}
+
+void test_main_window::choose_chinese()
+{
+    m_ui->action_chinese->trigger();
+}
+
+QPoint test_main_window::tick_place(const QTableView* view, int row)
+{
+    return view->visualRect(view->model()->index(row, 0)).center();
+}
+
+bool test_main_window::ticked(const QStandardItemModel* model, int row) const
+{
+    return model->index(row, 0).data(Qt::DisplayRole).toBool();
+}
+
+// Look
+
+void test_main_window::opens_as_designed()
+{
+    QCOMPARE(m_window->size(), QSize(1288, 724));
+    QCOMPARE(m_window->version, QStringLiteral("V3.2.3"));
+    QCOMPARE(m_window->language, 0);
+    QCOMPARE(m_window->map_shown, 1);
+    QCOMPARE(m_window->frame_shown, 1);
+    QCOMPARE(m_ui->label_serial->text(), QStringLiteral("未连接"));
+    QCOMPARE(m_ui->label_tablist->text(), QStringLiteral("数据列表"));
+    QCOMPARE(m_ui->groupBox->title(), QStringLiteral(" 条目信息"));
+    QVERIFY(!m_ui->progressBar->isTextVisible());
+    QCOMPARE(m_ui->progressBar->minimum(), 0);
+    QCOMPARE(m_ui->progressBar->maximum(), 100);
+    const QStringList titles{"全部", " 面积", " 距离", "航点", "航线", " 航迹", "放样"};
+    for (int tab = 0; tab < titles.size(); ++tab)
+        QCOMPARE(m_ui->tabWidget->tabText(tab), titles[tab]);
+    // Lamps: the second one still has the radius computed at start.
+    QVERIFY(m_ui->LED->styleSheet().endsWith("border-radius:10px;"));
+    QVERIFY(m_ui->LED_2->styleSheet().endsWith("border-radius:11px;"));
+    for (const QLabel* lamp : {m_ui->LED, m_ui->LED_2})
+        QVERIFY(lamp->styleSheet().contains("rgba(255, 0, 0, 255)"));
+    QVERIFY(!m_window->windowIcon().isNull());
+}
+
+void test_main_window::rectangles_data()
+{
+    QTest::addColumn<QRect>("place");
+    const auto row = [](const char* name, int left, int top, int right, int bottom) {
+        QTest::newRow(name) << QRect(QPoint(left, top), QPoint(right, bottom));
+    };
+    row("widget1", 10, 0, 410, 140);
+    row("data_read", 20, 10, 190, 70);
+    row("data_to_device", 20, 80, 190, 140);
+    row("data_output_file", 210, 10, 380, 70);
+    row("data_input_file", 210, 80, 380, 140);
+    row("widget3", 10, 160, 410, 460);
+    row("delect_tableandmap", 310, 9, 360, 29);
+    row("tabWidget", 10, 40, 370, 280);
+    row("widget4", 10, 470, 410, 510);
+    row("progressBar", 70, 10, 330, 29);
+    row("progressLabel", 350, 10, 390, 30);
+    row("groupBox", 10, 530, 410, 660);
+    row("marlund", 10, 670, 410, 695);
+    row("widget2", 420, 0, 1270, 60);
+    row("LED", 260, 20, 279, 39);
+    row("LED_2", 290, 20, 309, 39);
+    row("map", 430, 80, 1270, 680);
+    row("widget_graphic", 430, 80, 1270, 680);
+    row("north", 10, 10, 89, 70);
+    row("frame", 580, 480, 800, 590);
+    row("tuxing_control", 820, 580, 835, 595);
+}
+
+void test_main_window::rectangles()
+{
+    QFETCH(QRect, place);
+    const auto* widget = m_window->findChild<QWidget*>(QLatin1String(QTest::currentDataTag()));
+    QVERIFY(widget != nullptr);
+    QCOMPARE(widget->geometry(), place);
+}
+
+void test_main_window::resizing_follows_the_rules()
+{
+    m_window->resize(1600, 900); // s is 38
+    QCOMPARE(m_ui->widget2->width(), 1156);
+    QCOMPARE(m_ui->map->size(), QSize(1146, 777));
+    QCOMPARE(m_ui->widget_graphic->geometry(), m_ui->map->geometry());
+    QCOMPARE(m_ui->frame->pos(), QPoint(885, 656));
+    QCOMPARE(m_ui->tuxing_control->pos(), QPoint(1125, 756));
+    QCOMPARE(m_ui->widget3->height(), 477);
+    QCOMPARE(m_ui->tabWidget->height(), 417);
+    for (const char* view : {"alltableView", "areatableView", "distableView", "pointtableView",
+                             "linetableView", "tracktableView", "fangyangtableView"})
+        QCOMPARE(m_window->findChild<QTableView*>(QLatin1String(view))->height(), 397);
+    QCOMPARE(m_ui->widget4->pos(), QPoint(10, 646));
+    QCOMPARE(m_ui->groupBox->pos(), QPoint(10, 706));
+    QCOMPARE(m_ui->marlund->pos(), QPoint(10, 846));
+
+    const std::pair<QWidget*, QPoint> top_bar[] = {{m_ui->pushButton_map, {48, 10}},
+                                                   {m_ui->pushButton_graph, {128, 10}},
+                                                   {m_ui->label_8, {256, 0}},
+                                                   {m_ui->label_serial, {276, 13}},
+                                                   {m_ui->LED, {336, 20}},
+                                                   {m_ui->LED_2, {366, 20}},
+                                                   {m_ui->label_20, {434, 0}},
+                                                   {m_ui->label_11, {482, 13}},
+                                                   {m_ui->label_point, {640, 13}},
+                                                   {m_ui->label_tiao, {700, 13}},
+                                                   {m_ui->label_10, {760, 0}},
+                                                   {m_ui->print, {789, 10}},
+                                                   {m_ui->label_13, {898, 0}},
+                                                   {m_ui->softwareupgrade, {946, 10}},
+                                                   {m_ui->hardwareupgrade, {1036, 10}}};
+    for (const auto& [widget, place] : top_bar)
+        QCOMPARE(widget->pos(), place);
+
+    // Below the limits the last layout stays, in each direction by itself.
+    m_window->resize(1295, 700);
+    QCOMPARE(m_ui->widget2->width(), 1156);
+    QCOMPARE(m_ui->map->size(), QSize(1146, 777));
+    QCOMPARE(m_ui->print->pos(), QPoint(789, 10));
+    m_window->resize(1296, 724);
+    QCOMPARE(m_ui->widget2->width(), 852);
+    QCOMPARE(m_ui->map->size(), QSize(842, 777));
+    QCOMPARE(m_ui->print->pos(), QPoint(580, 10));
+    m_window->resize(1288, 725);
+    QCOMPARE(m_ui->map->size(), QSize(842, 602));
+    QCOMPARE(m_ui->marlund->pos(), QPoint(10, 671));
+    m_window->resize(1288, 724);
+}
+
+void test_main_window::image_buttons_have_names_and_pictures()
+{
+    struct entry
+    {
+        QPushButton* button;
+        const char* image;
+        const char* chinese;
+        const char* english;
+    };
+    const entry entries[] = {
+        {m_ui->data_read, "readdata", "获取数据", "Read Data"},
+        {m_ui->data_output_file, "outputdata", "导出数据", "Export Data"},
+        {m_ui->data_input_file, "inputdata", "导入数据", "Import Data"},
+        {m_ui->data_to_device, "uploaddata", "上传数据", "Upload Data"},
+        {m_ui->print, "print", "打印", "Print"},
+        {m_ui->softwareupgrade, "softwareupgrade", "软件更新", "Software Update"},
+        {m_ui->hardwareupgrade, "hardwareupgrade", "设备升级", "Firmware Upgrade"}};
+    const auto check = [&](bool english) {
+        for (const entry& one : entries) {
+            const QString name = QLatin1String(one.image);
+            const QString normal = english ? "./pic/en/normal/" + name + "_en.png"
+                                           : "./pic/ch/normal/" + name + ".png";
+            const QString pushed = english ? "./pic/en/push/" + name + "_en_push.png"
+                                           : "./pic/ch/push/" + name + "_push.png";
+            QCOMPARE(one.button->styleSheet(),
+                     "QPushButton{border:none;background-color:transparent;image: url(" + normal +
+                         ");}QPushButton:pressed {image: url(" + pushed + ");}");
+            for (const QString& file : {normal, pushed})
+                QVERIFY2(!QImage(file).isNull(), qPrintable(file));
+            QCOMPARE(one.button->accessibleName(),
+                     QString::fromUtf8(english ? one.english : one.chinese));
+            QVERIFY(!one.button->toolTip().isEmpty());
+        }
+    };
+    check(false);
+    const QString chinese_tip = m_ui->data_read->toolTip();
+    choose_english();
+    check(true);
+    QVERIFY(m_ui->data_read->toolTip() != chinese_tip);
+    for (const char* file :
+         {"1.ico", "north.png", "g_c.png", "g_c_push.png", "marlund.png", "marlund_push.png"})
+        QVERIFY2(!QImage("./pic/com/" + QString(file)).isNull(), file);
+}
+
+void test_main_window::view_buttons_show_what_is_in_front()
+{
+    const auto style = [](const QString& image) {
+        return "QPushButton{border:none;background-color:transparent;image: url(" + image + ");}";
+    };
+    QCOMPARE(m_ui->pushButton_map->styleSheet(), style("./pic/ch/push/map_push.png"));
+    QCOMPARE(m_ui->pushButton_graph->styleSheet(), style("./pic/ch/normal/graph.png"));
+    const auto in_front = [this](const QWidget* one, const QWidget* other) {
+        const QObjectList& order = m_ui->centralWidget->children();
+        return order.indexOf(one) > order.indexOf(other);
+    };
+    QVERIFY(in_front(m_ui->map, m_ui->widget_graphic));
+
+    // While the map is in front, its button changes nothing.
+    m_ui->pushButton_map->click();
+    QCOMPARE(m_window->map_shown, 1);
+    QVERIFY(in_front(m_ui->map, m_ui->widget_graphic));
+
+    m_ui->pushButton_graph->click();
+    QCOMPARE(m_window->map_shown, 0);
+    QVERIFY(in_front(m_ui->widget_graphic, m_ui->map));
+    QCOMPARE(m_ui->pushButton_map->styleSheet(), style("./pic/ch/normal/map.png"));
+    QCOMPARE(m_ui->pushButton_graph->styleSheet(), style("./pic/ch/push/graph_push.png"));
+
+    choose_english();
+    QCOMPARE(m_ui->pushButton_map->styleSheet(), style("./pic/en/normal/map_en.png"));
+    QCOMPARE(m_ui->pushButton_graph->styleSheet(), style("./pic/en/push/graph_en_push.png"));
+}
+
+// Language
+
+void test_main_window::language_switch_sets_every_text()
+{
+    const std::pair<QAction*, QPair<QString, QString>> texts[] = {
+        {m_ui->menu_file->menuAction(), {"文件", "File"}},
+        {m_ui->action_export_graphics, {"导出图形", "Export Graphics"}},
+        {m_ui->action_export, {"导出...", "Export..."}},
+        {m_ui->action_quit, {"退出", "Quit"}},
+        {m_ui->menu_setting->menuAction(), {"设置", "Setting"}},
+        {m_ui->menu_mu->menuAction(), {"亩制", "Mu"}},
+        {m_ui->action_small_mu, {"小亩", "Small mu"}},
+        {m_ui->action_coordinate, {"坐标设置", "Coordinate Setting"}},
+        {m_ui->menu_map->menuAction(), {"地图选项", "Map Options"}},
+        {m_ui->action_gaode, {"高德地图", "Gaode Map"}},
+        {m_ui->menu_help->menuAction(), {"帮助", "Help"}},
+        {m_ui->action_instructions, {"使用说明", "Instructions"}},
+        {m_ui->action_about, {"关于Velmo office", "About of Velmo office"}},
+        {m_ui->action_download, {"资料下载", "Data of Software Download"}},
+        {m_ui->action_software, {"软件更新", "Software Update"}},
+    };
+    for (const auto& [action, words] : texts)
+        QCOMPARE(action->text(), words.first);
+
+    log_capture log;
+    choose_english();
+    QVERIFY(log.has("切换为英文"));
+    QCOMPARE(m_window->language, 1);
+    QVERIFY(!m_ui->action_chinese->isChecked());
+    for (const auto& [action, words] : texts)
+        QCOMPARE(action->text(), words.second);
+    QCOMPARE(m_ui->action_google->text(), QStringLiteral("Google Map"));
+    QCOMPARE(m_ui->action_sky->text(), QStringLiteral("Sky Map"));
+    QCOMPARE(m_ui->label_tablist->text(), QStringLiteral("Data List"));
+    QCOMPARE(m_ui->label_serial->text(), QStringLiteral("disconnect"));
+
+    log.clear();
+    choose_chinese();
+    QVERIFY(log.has("切换为中文"));
+    QCOMPARE(m_window->language, 0);
+    for (const auto& [action, words] : texts)
+        QCOMPARE(action->text(), words.first);
+    QCOMPARE(m_ui->label_tablist->text(), QStringLiteral("数据列表"));
+    QCOMPARE(m_ui->label_serial->text(), QStringLiteral("未连接"));
+}
+
+void test_main_window::language_back_leaves_two_map_options_in_english()
+{
+    choose_english();
+    choose_chinese();
+    QCOMPARE(m_ui->action_gaode->text(), QStringLiteral("高德地图"));
+    // Only the switch to English sets these two.
+    QCOMPARE(m_ui->action_google->text(), QStringLiteral("Google Map"));
+    QCOMPARE(m_ui->action_sky->text(), QStringLiteral("Sky Map"));
+}
+
+void test_main_window::language_clicked_twice_stays()
+{
+    const log_capture log;
+    QVERIFY(m_ui->action_chinese->isChecked());
+    m_ui->action_chinese->trigger();
+    QVERIFY(m_ui->action_chinese->isChecked());
+    QVERIFY(!m_ui->action_english->isChecked());
+    QVERIFY(!log.has("切换为中文"));
+}
+
+void test_main_window::language_without_its_file_stays_in_the_old_one()
+{
+    const QString here = QDir::currentPath();
+    const QTemporaryDir empty;
+    QVERIFY(QDir::setCurrent(empty.path()));
+    const log_capture log;
+    choose_english();
+    QVERIFY(QDir::setCurrent(here));
+    QVERIFY(log.has("失败"));
+    // The new language is ticked while the old one stays in force.
+    QVERIFY(m_ui->action_english->isChecked());
+    QVERIFY(!m_ui->action_chinese->isChecked());
+    QCOMPARE(m_window->language, 0);
+    QCOMPARE(m_ui->menu_file->title(), QStringLiteral("文件"));
+    m_ui->action_chinese->trigger();
+    QVERIFY(m_ui->action_chinese->isChecked());
+}
+
+void test_main_window::headers_follow_at_the_next_rebuild()
+{
+    deliver(sample_lists::one_of_each());
+    const auto headers = [](const QStandardItemModel* model) {
+        QStringList all;
+        for (int column = 0; column < model->columnCount(); ++column)
+            all += model->headerData(column, Qt::Horizontal).toString();
+        return all;
+    };
+    const QStringList chinese{"", "序号", "数据名称", "采集时间", "类型"};
+    const QStringList english{"", "ID", "Data Name", "Acquisition Time", "Type"};
+    QCOMPARE(headers(m_window->model), chinese);
+    QCOMPARE(headers(m_window->model_track), chinese.first(4));
+    choose_english();
+    QCOMPARE(headers(m_window->model), chinese);
+    QCOMPARE(m_window->model->item(0, 4)->text(), QStringLiteral("面积"));
+    m_window->rebuild_tables();
+    QCOMPARE(headers(m_window->model), english);
+    QCOMPARE(headers(m_window->model_track), english.first(4));
+    const QStringList words{"area", "distance", "point", "airline", "track", "example", "self", ""};
+    for (int row = 0; row < words.size(); ++row)
+        QCOMPARE(m_window->model->item(row, 4)->text(), words[row]);
+}
+
+// What comes back
+
+void test_main_window::lamps_share_the_text()
+{
+    m_window->set_LED(true);
+    QCOMPARE(m_ui->label_serial->text(), QStringLiteral("已连接"));
+    QCOMPARE(m_ui->LED->styleSheet(),
+             QStringLiteral("background-color: qradialgradient(spread:pad, cx:0.5, cy:0.5, "
+                            "radius:0.5, fx:0.5, fy:0.5, stop:0 rgba(0, 229, 0, 255), stop:1 "
+                            "rgba(220, 220, 220, 255));border-radius:10px;"));
+    m_window->set_LED_2(false);
+    QCOMPARE(m_ui->label_serial->text(), QStringLiteral("未连接"));
+    QVERIFY(m_ui->LED->styleSheet().contains("rgba(0, 229, 0, 255)"));
+    QVERIFY(m_ui->LED_2->styleSheet().contains("rgba(255, 0, 0, 255)"));
+    choose_english();
+    m_window->set_LED_2(true);
+    QCOMPARE(m_ui->label_serial->text(), QStringLiteral("connect"));
+    m_window->set_LED(false);
+    m_window->set_LED_2(false);
+    QCOMPARE(m_ui->label_serial->text(), QStringLiteral("disconnect"));
+}
+
+void test_main_window::progress_and_read_button()
+{
+    emit m_objects.key->key_set_progressbar(42);
+    QCOMPARE(m_ui->progressBar->value(), 42);
+    QCOMPARE(m_ui->progressLabel->text(), QStringLiteral("42%"));
+    m_window->set_read_button(false);
+    QVERIFY(!m_ui->data_read->isEnabled());
+    m_window->set_read_button(true);
+    QVERIFY(m_ui->data_read->isEnabled());
+}
+
+void test_main_window::information_fills_both_panels()
+{
+    m_window->timer->stop();
+    emit m_objects.key->information("3", "1234", "1.85", "99.5", "120点", "7条",
+                                    {{"1,2", 4}, {"3,4", 6}});
+    QCOMPARE(m_ui->totalchecked->text(), QStringLiteral("3"));
+    QCOMPARE(m_ui->label_15->text(), QStringLiteral("3"));
+    QCOMPARE(m_ui->areameter->text(), QStringLiteral("1234"));
+    QCOMPARE(m_ui->label_24->text(), QStringLiteral("1234"));
+    QCOMPARE(m_ui->areamu->text(), QStringLiteral("1.85"));
+    QCOMPARE(m_ui->label_25->text(), QStringLiteral("1.85"));
+    QCOMPARE(m_ui->distmeter->text(), QStringLiteral("99.5"));
+    QCOMPARE(m_ui->label_26->text(), QStringLiteral("99.5"));
+    QCOMPARE(m_ui->label_point->text(), QStringLiteral("120点"));
+    QCOMPARE(m_ui->label_tiao->text(), QStringLiteral("7条"));
+    m_window->timer->start(500);
+    QCOMPARE(m_window->timer->interval(), 500);
+}
+
+void test_main_window::frame_toggles()
+{
+    m_ui->pushButton_graph->click();
+    QVERIFY(m_ui->frame->isVisible());
+    m_ui->tuxing_control->click();
+    QCOMPARE(m_window->frame_shown, 0);
+    QVERIFY(!m_ui->frame->isVisible());
+    m_ui->tuxing_control->click();
+    QCOMPARE(m_window->frame_shown, 1);
+    QVERIFY(m_ui->frame->isVisible());
+}
+
+void test_main_window::close_asks_first_data()
+{
+    QTest::addColumn<bool>("english");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("chinese") << false << "退出确认"
+                             << "您确定要退出程序吗？";
+    QTest::newRow("english") << true << "Quit"
+                             << "Are you sure you want to quit the program?";
+}
+
+void test_main_window::close_asks_first()
+{
+    QFETCH(bool, english);
+    QFETCH(QString, title);
+    QFETCH(QString, text);
+    if (english)
+        choose_english();
+    box_watcher watcher; // answers with the default, which is No
+    QVERIFY(!m_window->close());
+    QVERIFY(m_window->isVisible());
+    m_ui->action_quit->trigger();
+    QVERIFY(m_window->isVisible());
+    QCOMPARE(watcher.boxes.size(), 2);
+    for (const box_watcher::seen_box& box : std::as_const(watcher.boxes)) {
+        QCOMPARE(box.icon, QMessageBox::Question);
+        QCOMPARE(box.title, title);
+        QCOMPARE(box.text, text);
+        QCOMPARE(box.buttons, QMessageBox::Yes | QMessageBox::No);
+        QCOMPARE(box.default_button, QMessageBox::No);
+    }
+}
+
+void test_main_window::help_boxes()
+{
+    box_watcher watcher;
+    m_ui->action_about->trigger();
+    m_ui->action_download->trigger();
+    m_ui->action_instructions->trigger();
+    QCOMPARE(watcher.boxes.size(), 3);
+    QCOMPARE(watcher.boxes[0].icon, QMessageBox::NoIcon);
+    QCOMPARE(watcher.boxes[0].title, QStringLiteral("关于 Velmo"));
+    QVERIFY(watcher.boxes[0].text.startsWith("软件名称：Velmo\n软件版本：V3.2.3\n"));
+    QCOMPARE(watcher.boxes[1].title, QStringLiteral("资料下载"));
+    QCOMPARE(watcher.boxes[1].text, QStringLiteral("功能等待更新"));
+    QCOMPARE(watcher.boxes[2].title, QStringLiteral("使用说明"));
+    const QStringList lines = watcher.boxes[2].text.split('\n');
+    QCOMPARE(lines.size(), 11);
+    QCOMPARE(lines.first(),
+             QStringLiteral(
+                 "1、主要流程：连接设备>>获取数据>>选择数据>>地图、图形显示>>数据、图形导出"));
+    QCOMPARE(lines[7],
+             QStringLiteral("8、数据导入:导出的数据文件进行再次导入到软件进行查看测量距离，"
+                            "面积、测量图形和采集时间等信息"));
+    QCOMPARE(lines.last(), QStringLiteral("11、关于：本软件信息"));
+    for (const box_watcher::seen_box& box : std::as_const(watcher.boxes))
+        QCOMPARE(box.buttons, QMessageBox::Ok);
+}
+
+void test_main_window::missing_features_say_so_data()
+{
+    QTest::addColumn<QString>("object");
+    for (const char* name : {"data_to_device", "data_output_file", "data_input_file", "print",
+                             "softwareupgrade", "hardwareupgrade"})
+        QTest::newRow(name) << QString(name);
+}
+
+void test_main_window::missing_features_say_so()
+{
+    QFETCH(QString, object);
+    box_watcher watcher;
+    auto* button = m_window->findChild<QPushButton*>(object);
+    QVERIFY(button->toolTip().contains("尚未提供"));
+    button->click();
+    QCOMPARE(watcher.boxes.size(), 1);
+    QCOMPARE(watcher.boxes[0].title, button->accessibleName());
+    QCOMPARE(watcher.boxes[0].text, QStringLiteral("此功能尚未提供，将随后续版本加入。"));
+}
+
+void test_main_window::buttons_emit_their_signals()
+{
+    deliver(sample_lists::one_of_each());
+    // The worker's own answer to a read is not looked at here.
+    QObject::disconnect(m_window, &MainWindow::send_btm_sign_to_threadkey_read_data, nullptr,
+                        nullptr);
+    QSignalSpy read(m_window, &MainWindow::send_btm_sign_to_threadkey_read_data);
+    m_ui->data_read->click();
+    QObject::connect(m_window, &MainWindow::send_btm_sign_to_threadkey_read_data, m_objects.key,
+                     &thread_key::recv_read_data_sign_from_velmo);
+    QCOMPARE(read.size(), 1);
+    QCOMPARE(read[0][0].value<QList<measuringData>>(), m_window->table_list);
+    QCOMPARE(read[0][1].toStringList(), m_window->data_msg);
+    QCOMPARE(read[0][2].toStringList(), m_window->data_msg_altitude);
+
+    box_watcher watcher;
+    QSignalSpy upload(m_window, &MainWindow::send_btm_sign_to_threadkey_device);
+    const log_capture log;
+    m_ui->data_to_device->click();
+    QCOMPARE(upload.size(), 1);
+    QCOMPARE(upload[0][0].value<QStandardItemModel*>(), m_window->model);
+    QVERIFY(log.has("upload to the instrument is not there yet"));
+
+    QSignalSpy imported(m_window, &MainWindow::send_btm_sign_to_threadkey_import_file);
+    m_window->setmodeflag(4, m_window->js, 2);
+    m_window->recv_input_signal("/tmp/field.kml");
+    m_window->setmodeflag(0, m_window->js, 0);
+    QCOMPARE(imported.size(), 1);
+    QCOMPARE(imported[0][0].toString(), QStringLiteral("/tmp/field.kml"));
+    QCOMPARE(imported[0][1].toInt(), 4);
+    QCOMPARE(imported[0][3].toInt(), 2);
+}
+
+// Tables
+
+void test_main_window::first_delivery_stays_when_the_second_comes()
+{
+    // A read of two measurements delivers [a] and then [a, b].
+    deliver(sample_lists::named({"a"}));
+    deliver(sample_lists::named({"a", "b"}));
+    QCOMPARE(m_window->model->rowCount(), 3);
+    const QStringList names{"a", "a", "b"};
+    for (int row = 0; row < names.size(); ++row) {
+        QCOMPARE(m_window->model->item(row, 2)->text(), names[row]);
+        QCOMPARE(m_window->model->item(row, 1)->text(), QString::number(row + 1));
+    }
+    QCOMPARE(m_window->data_msg.size(), 3);
+    QCOMPARE(m_window->data_msg_altitude.size(), 3);
+    QCOMPARE(m_window->point_msg_all.size(), 3);
+}
+
+void test_main_window::shorter_lists_are_taken_as_far_as_all_go()
+{
+    sample_lists lists = sample_lists::named({"a", "b", "c"});
+    lists.data_msg.removeLast();
+    lists.point_msg_all.append(QList<point_msg>{});
+    deliver(lists);
+    QCOMPARE(m_window->table_list.size(), 2);
+    QCOMPARE(m_window->data_msg.size(), 2);
+    QCOMPARE(m_window->data_msg_altitude.size(), 2);
+    QCOMPARE(m_window->point_msg_all.size(), 2);
+    lists.data_msg.clear();
+    deliver(lists);
+    QCOMPARE(m_window->model->rowCount(), 2);
+}
+
+void test_main_window::rows_stand_in_the_tables_of_their_kinds()
+{
+    deliver(sample_lists::of_methods({"航迹", "面积", "航迹", "自制", "航线", "雷达", "面积"}));
+    QCOMPARE(m_window->model->rowCount(), 7);
+    QCOMPARE(m_window->model->columnCount(), 5);
+    QCOMPARE(m_window->model->item(3, 4)->text(), QStringLiteral("自制"));
+    QCOMPARE(m_window->model->item(5, 4)->text(), QString());
+    QCOMPARE(m_window->model_area->columnCount(), 4);
+    QCOMPARE(m_window->relation_area, (pairs{{0, 1}, {1, 6}}));
+    QCOMPARE(m_window->relation_track, (pairs{{0, 0}, {1, 2}}));
+    QCOMPARE(m_window->relation_airline, (pairs{{0, 4}}));
+    QCOMPARE(m_window->relation_distance, pairs());
+    QCOMPARE(m_objects.key->relation_area, m_window->relation_area);
+    QCOMPARE(m_objects.key->relation_track, m_window->relation_track);
+    QCOMPARE(m_objects.key->relation_airline, m_window->relation_airline);
+    QCOMPARE(m_window->model_track->item(1, 1)->text(), QStringLiteral("2"));
+    QCOMPARE(m_window->model_track->item(1, 2)->text(), m_window->table_list[2].name);
+    for (int column = 1; column < 5; ++column)
+        QCOMPARE(m_window->model->item(0, column)->textAlignment(), Qt::AlignCenter);
+    const int widths[] = {42, 40, 100, 128, 42};
+    for (int column = 0; column < 5; ++column)
+        QCOMPARE(m_ui->alltableView->columnWidth(column), widths[column]);
+    QVERIFY(!m_ui->alltableView->horizontalHeader()->stretchLastSection());
+    QVERIFY(m_ui->areatableView->horizontalHeader()->stretchLastSection());
+    QVERIFY(m_ui->areatableView->verticalHeader()->isHidden());
+    QCOMPARE(m_ui->areatableView->horizontalHeader()->sectionResizeMode(2), QHeaderView::Fixed);
+}
+
+void test_main_window::rebuild_clears_ticks_and_keeps_boxes()
+{
+    deliver(sample_lists::one_of_each());
+    m_ui->checkBox->setChecked(true);
+    QVERIFY(ticked(m_window->model, 0));
+    m_window->rebuild_tables();
+    for (int row = 0; row < m_window->model->rowCount(); ++row)
+        QVERIFY(!ticked(m_window->model, row));
+    QVERIFY(m_ui->checkBox->isChecked());
+}
+
+void test_main_window::emptied_tables_keep_headers_and_relations()
+{
+    deliver(sample_lists::of_methods({"面积", "面积"}));
+    m_window->reset_table_data({}, {}, {}, {});
+    QCOMPARE(m_window->model->rowCount(), 0);
+    QCOMPARE(m_window->model_area->rowCount(), 0);
+    QCOMPARE(m_window->model->columnCount(), 5);
+    QCOMPARE(m_window->model_area->headerData(2, Qt::Horizontal).toString(),
+             QStringLiteral("数据名称"));
+    QCOMPARE(m_window->relation_area, (pairs{{0, 0}, {1, 1}}));
+    QCOMPARE(m_objects.key->relation_area, (pairs{{0, 0}, {1, 1}}));
+}
+
+void test_main_window::rebuild_releases_the_models_before()
+{
+    const QPointer<QStandardItemModel> main = m_window->model;
+    const QPointer<QStandardItemModel> area = m_window->model_area;
+    m_window->rebuild_tables();
+    QVERIFY(m_window->model != main);
+    QVERIFY(m_ui->alltableView->model() == m_window->model);
+    QTRY_VERIFY(main.isNull() && area.isNull());
+}
+
+// Ticks
+
+void test_main_window::a_click_on_the_tick_toggles_both_tables()
+{
+    deliver(sample_lists::of_methods({"距离", "面积"}));
+    QSignalSpy changed(m_window, &MainWindow::send_all_table_change);
+    QTest::mouseClick(m_ui->alltableView->viewport(), Qt::LeftButton, {},
+                      tick_place(m_ui->alltableView, 1));
+    QVERIFY(ticked(m_window->model, 1));
+    QVERIFY(!ticked(m_window->model, 0));
+    QVERIFY(ticked(m_window->model_area, 0));
+    QVERIFY(!ticked(m_window->model_distance, 0));
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(changed[0][0].toBool(), true);
+
+    // The signal tells the success of the change: true at an untick as well.
+    QTest::mouseClick(m_ui->alltableView->viewport(), Qt::LeftButton, {},
+                      tick_place(m_ui->alltableView, 1));
+    QVERIFY(!ticked(m_window->model, 1));
+    QVERIFY(!ticked(m_window->model_area, 0));
+    QCOMPARE(changed[1][0].toBool(), true);
+}
+
+void test_main_window::what_does_not_toggle_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::newRow("double click") << 0;
+    QTest::newRow("right button") << 1;
+    QTest::newRow("beside the box") << 2;
+    QTest::newRow("another key") << 3;
+}
+
+void test_main_window::what_does_not_toggle()
+{
+    QFETCH(int, kind);
+    deliver(sample_lists::of_methods({"面积"}));
+    QWidget* viewport = m_ui->alltableView->viewport();
+    const QPoint place = tick_place(m_ui->alltableView, 0);
+    switch (kind) {
+    case 0: QTest::mouseDClick(viewport, Qt::LeftButton, {}, place); break;
+    case 1: QTest::mouseClick(viewport, Qt::RightButton, {}, place); break;
+    case 2: QTest::mouseClick(viewport, Qt::LeftButton, {}, place + QPoint(-17, 0)); break;
+    default:
+        m_ui->alltableView->setCurrentIndex(m_window->model->index(0, 0));
+        QTest::keyClick(m_ui->alltableView, Qt::Key_A);
+    }
+    QVERIFY(!ticked(m_window->model, 0));
+    QVERIFY(m_ui->alltableView->viewport()->findChildren<QLineEdit*>().isEmpty());
+}
+
+void test_main_window::space_toggles()
+{
+    deliver(sample_lists::of_methods({"面积", "航点"}));
+    m_ui->alltableView->setFocus();
+    m_ui->alltableView->setCurrentIndex(m_window->model->index(1, 0));
+    QTest::keyClick(m_ui->alltableView, Qt::Key_Space);
+    QVERIFY(ticked(m_window->model, 1));
+    QVERIFY(ticked(m_window->model_point, 0));
+    QTest::keyClick(m_ui->alltableView, Qt::Key_Select);
+    QVERIFY(!ticked(m_window->model, 1));
+}
+
+void test_main_window::ticking_in_a_kind_table_reaches_the_main_one()
+{
+    deliver(sample_lists::of_methods({"面积", "航迹", "航迹"}));
+    m_ui->tabWidget->setCurrentWidget(m_ui->tab_6);
+    QTest::mouseClick(m_ui->tracktableView->viewport(), Qt::LeftButton, {},
+                      tick_place(m_ui->tracktableView, 1));
+    QVERIFY(ticked(m_window->model_track, 1));
+    QVERIFY(ticked(m_window->model, 2));
+    QVERIFY(!ticked(m_window->model, 1));
+}
+
+void test_main_window::tab_box_ticks_all()
+{
+    deliver(sample_lists::one_of_each());
+    QSignalSpy all(m_window, &MainWindow::send_check_all);
+    QTest::mouseClick(m_ui->checkBox, Qt::LeftButton);
+    QVERIFY(m_ui->checkBox->isChecked());
+    // The six kinds only: a record of the instrument's own making has no tick of
+    // its own to write.
+    for (int row = 0; row < m_window->model->rowCount(); ++row)
+        QCOMPARE(ticked(m_window->model, row), row < 6);
+    QVERIFY(ticked(m_window->model_fangyang, 0));
+    QTest::mouseClick(m_ui->checkBox, Qt::LeftButton);
+    for (int row = 0; row < m_window->model->rowCount(); ++row)
+        QCOMPARE(ticked(m_window->model, row), false);
+    QCOMPARE(all.size(), 2);
+    QCOMPARE(all[0][0].toBool(), true);
+    QCOMPARE(all[1][0].toBool(), false);
+
+    // The box of one kind ticks its own rows only.
+    m_ui->checkBox_hangji->setChecked(true);
+    QVERIFY(ticked(m_window->model_track, 0));
+    QVERIFY(!ticked(m_window->model_area, 0));
+}
+
+void test_main_window::deleting_takes_the_ticked_rows()
+{
+    deliver(sample_lists::named({"a", "b", "c", "d", "e"}));
+    for (const int row : {1, 3})
+        QTest::mouseClick(m_ui->alltableView->viewport(), Qt::LeftButton, {},
+                          tick_place(m_ui->alltableView, row));
+    m_ui->delect_tableandmap->click();
+    QStringList names;
+    for (const measuringData& record : std::as_const(m_window->table_list))
+        names += record.name;
+    QCOMPARE(names, (QStringList{"a", "c", "e"}));
+    QCOMPARE(m_window->data_msg.size(), 3);
+    QCOMPARE(m_window->data_msg[1], sample_lists::coordinates_of(2));
+    QCOMPARE(m_window->model->rowCount(), 3);
+}
+
+void test_main_window::deleting_nothing_still_clears_the_boxes()
+{
+    QCheckBox* const boxes[] = {m_ui->checkBox,          m_ui->checkBox_mianji,
+                                m_ui->checkBox_juli,     m_ui->checkBox_hangdian,
+                                m_ui->checkBox_hangxian, m_ui->checkBox_hangji,
+                                m_ui->checkBox_fangyang};
+    for (QCheckBox* box : boxes)
+        box->setChecked(true);
+    deliver(sample_lists::named({"a"}));
+    m_ui->delect_tableandmap->click();
+    for (const QCheckBox* box : boxes)
+        QVERIFY(!box->isChecked());
+    QCOMPARE(m_window->model->rowCount(), 1);
+}
+
+void test_main_window::a_read_ends_with_its_tick_in_the_totals()
+{
+    deliver(sample_lists::of_methods({"航点", "航点", "航点"}));
+    QTest::mouseClick(m_ui->alltableView->viewport(), Qt::LeftButton, {},
+                      tick_place(m_ui->alltableView, 1));
+    QTRY_COMPARE(m_ui->totalchecked->text(), QStringLiteral("1"));
+    QCOMPARE(m_ui->label_point->text(), QStringLiteral("6点"));
+    QCOMPARE(m_ui->label_tiao->text(), QStringLiteral("3条"));
+}
+
+// Edits
+
+void test_main_window::name_edited_in_the_main_table()
+{
+    deliver(sample_lists::of_methods({"面积", "航迹"}));
+    const QString time = m_window->table_list[1].time;
+    const log_capture log;
+    m_window->model->item(1, 2)->setText("north field");
+    QCOMPARE(m_window->table_list[1].name, QStringLiteral("north field"));
+    QCOMPARE(m_window->model_track->item(0, 2)->text(), QStringLiteral("north field"));
+    QCOMPARE(m_window->table_list[1].time, time);
+    QVERIFY(log.has("更新主表数据名称: 行 1 新名称: \"north field\""));
+    QVERIFY(log.has("数据名称同步完成: 主表行 1 新名称: \"north field\""));
+}
+
+void test_main_window::name_edited_in_a_kind_table_data()
+{
+    QTest::addColumn<QString>("method");
+    QTest::addColumn<QString>("words");
+    QTest::addColumn<QString>("time_words");
+    QTest::newRow("area") << "面积"
+                          << "通过面积表更新数据名称: 主表行"
+                          << "Updated area table time: main row";
+    QTest::newRow("distance") << "距离"
+                              << "通过距离表更新数据名称: 主表行"
+                              << "Updated distance table time: main row";
+    QTest::newRow("point") << "航点"
+                           << "通过航点表更新数据名称: 主表行"
+                           << "Updated point table time: main row";
+    QTest::newRow("airline") << "航线"
+                             << "通过航线表更新数据名称: 主表行"
+                             << "Updated line table time: main row";
+    QTest::newRow("track") << "航迹"
+                           << "通过航迹表更新数据名称: 主表行"
+                           << "Updated track table time: main row";
+    QTest::newRow("fangyang") << "放样"
+                              << "通过放样表更新数据名称: 主表行"
+                              << "Updated fangyang table time: main row";
+}
+
+void test_main_window::name_edited_in_a_kind_table()
+{
+    QFETCH(QString, method);
+    QFETCH(QString, words);
+    QFETCH(QString, time_words);
+    deliver(sample_lists::of_methods({"自制", method, method}));
+    QStandardItemModel* const models[] = {m_window->model_area,  m_window->model_distance,
+                                          m_window->model_point, m_window->model_airline,
+                                          m_window->model_track, m_window->model_fangyang};
+    QStandardItemModel* edited = nullptr;
+    for (QStandardItemModel* model : models) {
+        if (model->rowCount() == 2)
+            edited = model;
+    }
+    QVERIFY(edited != nullptr);
+    const log_capture log;
+    edited->item(1, 2)->setText("renamed");
+    QCOMPARE(m_window->table_list[2].name, QStringLiteral("renamed"));
+    QCOMPARE(m_window->model->item(2, 2)->text(), QStringLiteral("renamed"));
+    QVERIFY(m_window->table_list[1].name != QStringLiteral("renamed"));
+    QVERIFY(log.has(words + " 2 新名称: \"renamed\""));
+
+    edited->item(0, 3)->setText("2024-1-1 0:0:0");
+    QCOMPARE(m_window->table_list[1].time, QStringLiteral("2024-1-1 0:0:0"));
+    QCOMPARE(m_window->model->item(1, 3)->text(), QStringLiteral("2024-1-1 0:0:0"));
+    QVERIFY(log.has(time_words + " 1 time \"2024-1-1 0:0:0\""));
+    QVERIFY(log.has("Data time sync completed: main row 1 time \"2024-1-1 0:0:0\""));
+}
+
+void test_main_window::time_is_taken_as_typed()
+{
+    deliver(sample_lists::of_methods({"面积"}));
+    const log_capture log;
+    m_window->model->item(0, 3)->setText("yesterday");
+    QCOMPARE(m_window->table_list[0].time, QStringLiteral("yesterday"));
+    QCOMPARE(m_window->model_area->item(0, 3)->text(), QStringLiteral("yesterday"));
+    QVERIFY(log.has("Updated main table time: row 0 time \"yesterday\""));
+}
+
+void test_main_window::number_column_is_accepted_and_ignored()
+{
+    deliver(sample_lists::of_methods({"面积"}));
+    const QList<measuringData> before = m_window->table_list;
+    m_window->model->item(0, 1)->setText("99");
+    QCOMPARE(m_window->model->item(0, 1)->text(), QStringLiteral("99"));
+    QCOMPARE(m_window->model_area->item(0, 1)->text(), QStringLiteral("1"));
+    QCOMPARE(m_window->table_list, before);
+    m_window->rebuild_tables();
+    QCOMPARE(m_window->model->item(0, 1)->text(), QStringLiteral("1"));
+}
+
+void test_main_window::edit_without_relation_is_dropped()
+{
+    deliver(sample_lists::of_methods({"面积"}));
+    const QList<measuringData> before = m_window->table_list;
+    m_window->relation_area.clear();
+    m_window->model_area->item(0, 2)->setText("lost");
+    QCOMPARE(m_window->table_list, before);
+    QVERIFY(m_window->model->item(0, 2)->text() != QStringLiteral("lost"));
+}
+
+void test_main_window::editing_through_the_keyboard()
+{
+    deliver(sample_lists::of_methods({"面积"}));
+    m_ui->alltableView->setFocus();
+    m_ui->alltableView->setCurrentIndex(m_window->model->index(0, 2));
+    QTest::keyClick(m_ui->alltableView, Qt::Key_F2);
+    auto* editor = m_ui->alltableView->viewport()->findChild<QLineEdit*>();
+    QVERIFY(editor != nullptr);
+    editor->selectAll();
+    QTest::keyClicks(editor, "typed");
+    QTest::keyClick(editor, Qt::Key_Return);
+    QTRY_COMPARE(m_window->table_list[0].name, QStringLiteral("typed"));
+    QCOMPARE(m_window->model_area->item(0, 2)->text(), QStringLiteral("typed"));
+}
+
+QTEST_MAIN(test_main_window)
+#include "test_main_window.moc"

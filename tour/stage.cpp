@@ -1,0 +1,165 @@
+#include "stage.h"
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPixmap>
+#include <QProcess>
+#include <QScreen>
+#include <QThread>
+
+stage::stage(const QString& picture_folder) : m_folder(picture_folder)
+{
+    QDir().mkpath(m_folder);
+}
+
+void stage::in_gui_thread(const std::function<void()>& work)
+{
+    QMetaObject::invokeMethod(qApp, work, Qt::BlockingQueuedConnection);
+}
+
+void stage::xdotool(const QStringList& arguments)
+{
+    QProcess process;
+    process.start(QStringLiteral("xdotool"), arguments);
+    if (!process.waitForFinished(10'000) || process.exitCode() != 0)
+        throw step_failed(QStringLiteral("xdotool %1: %2")
+                              .arg(arguments.join(QLatin1Char(' ')),
+                                   QString::fromLocal8Bit(process.readAllStandardError())));
+}
+
+void stage::wait_for(const QString& what, const std::function<bool()>& condition,
+                     int timeout_ms) const
+{
+    const QDeadlineTimer deadline(timeout_ms);
+    while (!see(condition)) {
+        if (deadline.hasExpired())
+            throw step_failed(QStringLiteral("waited in vain: %1").arg(what));
+        QThread::msleep(20);
+    }
+}
+
+QWidget* stage::widget(const QString& name)
+{
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (auto* found = window->findChild<QWidget*>(name); found != nullptr)
+            return found;
+    }
+    qFatal("no widget of the name %s", qPrintable(name));
+}
+
+QMessageBox* stage::box()
+{
+    auto* found = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    return found != nullptr && found->isVisible() ? found : nullptr;
+}
+
+void stage::move_to(const QPoint& place) const
+{
+    xdotool({QStringLiteral("mousemove"), QString::number(place.x()), QString::number(place.y())});
+}
+
+void stage::click(const QPoint& place, int times) const
+{
+    move_to(place);
+    xdotool({QStringLiteral("click"), QStringLiteral("--repeat"), QString::number(times),
+             QStringLiteral("--delay"), QStringLiteral("60"), QStringLiteral("1")});
+}
+
+void stage::click(const QString& widget_name) const
+{
+    click(see([&] {
+        const QWidget* found = widget(widget_name);
+        return found->mapToGlobal(found->rect().center());
+    }));
+}
+
+void stage::type(const QString& text) const
+{
+    xdotool({QStringLiteral("type"), QStringLiteral("--delay"), QStringLiteral("20"), text});
+}
+
+void stage::press(const QString& key) const
+{
+    xdotool({QStringLiteral("key"), key});
+}
+
+void stage::choose(const QString& menu_title, const QString& action_name) const
+{
+    // Menus are found by their place in the bar: their titles change.
+    const auto menu_of = [&]() -> QMenu* {
+        const auto* bar = qobject_cast<QMenuBar*>(widget(QStringLiteral("menuBar")));
+        for (QAction* entry : bar->actions()) {
+            if (entry->text() == menu_title)
+                return entry->menu();
+        }
+        return nullptr;
+    };
+    click(see([&] {
+        const auto* bar = qobject_cast<QMenuBar*>(widget(QStringLiteral("menuBar")));
+        QMenu* menu = menu_of();
+        return menu == nullptr ? QPoint()
+                               : bar->mapToGlobal(bar->actionGeometry(menu->menuAction()).center());
+    }));
+    wait_for(
+        QStringLiteral("menu %1 open").arg(menu_title),
+        [&] { return menu_of() != nullptr && menu_of()->isVisible(); }, 5000);
+    click(see([&] {
+        QMenu* menu = menu_of();
+        for (QAction* action : menu->actions()) {
+            if (action->objectName() == action_name)
+                return menu->mapToGlobal(menu->actionGeometry(action).center());
+        }
+        return QPoint();
+    }));
+    wait_for(
+        QStringLiteral("menu %1 closed").arg(menu_title),
+        [] { return QApplication::activePopupWidget() == nullptr; }, 5000);
+}
+
+void stage::resize_window(const QSize& size) const
+{
+    const QString id = see(
+        [] { return QString::number(widget(QStringLiteral("centralWidget"))->window()->winId()); });
+    xdotool({QStringLiteral("windowsize"), id, QString::number(size.width()),
+             QString::number(size.height())});
+    wait_for(
+        QStringLiteral("window of %1 by %2").arg(size.width()).arg(size.height()),
+        [&] { return widget(QStringLiteral("centralWidget"))->window()->size() == size; }, 5000);
+}
+
+QString stage::wait_for_box(const QString& title, int timeout_ms) const
+{
+    wait_for(
+        QStringLiteral("a box titled %1").arg(title),
+        [&] { return box() != nullptr && box()->windowTitle() == title; }, timeout_ms);
+    return see([] { return box()->text(); });
+}
+
+void stage::answer_box(int standard_button) const
+{
+    const QMessageBox* open = see([] { return box(); });
+    click(see([&] {
+        const QAbstractButton* button =
+            box()->button(static_cast<QMessageBox::StandardButton>(standard_button));
+        return button == nullptr ? QPoint() : button->mapToGlobal(button->rect().center());
+    }));
+    wait_for(
+        QStringLiteral("the box closed"), [&] { return box() != open; }, 5000);
+}
+
+void stage::take_picture(const QString& name) const
+{
+    const QString path = m_folder + QLatin1Char('/') + name + QStringLiteral(".png");
+    const bool saved = see([&] {
+        const QPixmap screen = QApplication::primaryScreen()->grabWindow(0);
+        return !screen.isNull() && screen.save(path);
+    });
+    if (!saved)
+        throw step_failed(QStringLiteral("no picture %1").arg(name));
+}

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <QPoint>
+#include <QRect>
+#include <QString>
+
+#include <functional>
+#include <stdexcept>
+
+class QAction;
+class QMenu;
+class QMessageBox;
+class QWidget;
+
+/// A step of the tour did not come out as it should.
+class step_failed : public std::runtime_error
+{
+public:
+    explicit step_failed(const QString& what) : std::runtime_error(what.toStdString()) {}
+};
+
+/// What a person has in front of the program: eyes, a mouse and a keyboard. All
+/// events go through the X server. Lives in a thread of its own; looks at
+/// widgets happen in the GUI thread, also while a box is open.
+class stage
+{
+public:
+    explicit stage(const QString& picture_folder);
+
+    /// Runs `look` in the GUI thread and returns what it returns.
+    template <typename Look>
+    auto see(Look look) const
+    {
+        decltype(look()) seen{};
+        in_gui_thread([&] { seen = look(); });
+        return seen;
+    }
+    /// Waits until `condition`, seen in the GUI thread, holds; fails with
+    /// `what` after `timeout_ms`.
+    void wait_for(const QString& what, const std::function<bool()>& condition,
+                  int timeout_ms = 30'000) const;
+
+    /// The widget of that object name, which must be there. GUI thread only.
+    static QWidget* widget(const QString& name);
+    /// The message box in front, or null. GUI thread only.
+    static QMessageBox* box();
+
+    void move_to(const QPoint& place) const;
+    void click(const QPoint& place, int times = 1) const;
+    void click(const QString& widget_name) const;
+    void type(const QString& text) const;
+    void press(const QString& key) const;
+    /// Opens a menu of the menu bar and clicks an action in it.
+    void choose(const QString& menu_action_name_or_title, const QString& action_name) const;
+    void resize_window(const QSize& size) const;
+
+    /// Waits for a box of that title and returns its text.
+    QString wait_for_box(const QString& title, int timeout_ms = 30'000) const;
+    /// Clicks the button of the box in front and waits until the box is gone.
+    void answer_box(int standard_button) const;
+
+    /// Saves the whole screen as NAME.png in the picture folder.
+    void take_picture(const QString& name) const;
+
+private:
+    static void in_gui_thread(const std::function<void()>& work);
+    static void xdotool(const QStringList& arguments);
+
+    QString m_folder;
+};
