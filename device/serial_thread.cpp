@@ -16,6 +16,10 @@
 #include <QTcpSocket>
 #include <QTimer>
 
+#ifdef Q_OS_UNIX
+#include <poll.h>
+#endif
+
 namespace {
 
 // Milliseconds.
@@ -98,6 +102,18 @@ bool is_export_data(std::uint8_t command)
     return command == frame::measurement_head || command == frame::measurement_points;
 }
 
+/// Whether the line of an open port has gone. A port that is pulled out reads as
+/// ended here, for which Qt has no better word than ReadError, again and again.
+bool has_hung_up([[maybe_unused]] QSerialPort& port)
+{
+#ifdef Q_OS_UNIX
+    pollfd line{port.handle(), 0, 0};
+    return port.isOpen() && poll(&line, 1, 0) > 0 && (line.revents & POLLHUP) != 0;
+#else
+    return false;
+#endif
+}
+
 QString hex_text(const QByteArray& bytes)
 {
     return QString::fromLatin1(bytes.toHex(' ').toUpper());
@@ -139,7 +155,10 @@ void serial_thread::start_detection()
     qDebug() << "执行串口检测";
     connect(detect_timer, &QTimer::timeout, this, &serial_thread::detect_ports);
     detect_timer->start(detect_interval);
-    connect(port, &QSerialPort::errorOccurred, this, &serial_thread::handle_serial_error);
+    connect(port, &QSerialPort::errorOccurred, this, [this](QSerialPort::SerialPortError error) {
+        const bool gone = error == QSerialPort::ReadError && has_hung_up(*port);
+        handle_serial_error(gone ? QSerialPort::ResourceError : error);
+    });
 }
 
 void serial_thread::detect_ports()

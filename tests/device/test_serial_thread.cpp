@@ -1,0 +1,1042 @@
+#include "device/adb_string_channel.h"
+#include "device/serial_thread.h"
+#include "instrument_frames.h"
+#include "scripted_instrument.h"
+#include "support/box_watcher.h"
+#include "support/log_capture.h"
+
+#include <QApplication>
+#include <QPointer>
+#include <QScopeGuard>
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTest>
+#include <QTimer>
+
+#include <memory>
+
+using instrument_frames::head;
+using instrument_frames::points;
+using instrument_frames::reply;
+using request = scripted_instrument::request;
+
+namespace {
+
+const QByteArray text_command = "~\r\n";
+const QByteArray probe = QByteArray::fromHex("5A00FD000004FFFFFFFFE1");
+/// The export request with the token of instrument_frames.
+const QByteArray export_request = QByteArray::fromHex("5A2DFD000004010203048A");
+
+/// A short area record as an old instrument sends it.
+const QByteArray text_record = "n0001,m1334,l1234;t202403050708,N0001,"
+                               "              "
+                               "104d3'12.5\",30d30'0.0\",123;!";
+
+/// An instrument of the frame protocol that answers the probe with `answer` and
+/// each export request with the next of `frames`.
+scripted_instrument::script binary_script(QList<QByteArray> frames,
+                                          QByteArray answer = reply(0x00, 0))
+{
+    return [frames, answer](const request& asked) mutable -> QByteArray {
+        if (asked.bytes == probe)
+            return answer;
+        if (asked.bytes == export_request && !frames.isEmpty())
+            return frames.takeFirst();
+        return {};
+    };
+}
+
+QList<QByteArray> one_measurement()
+{
+    return {head{}.frame(), points({{}, {}}), reply(0x2D, 0)};
+}
+
+QStringList of_kind(const QStringList& events, const QString& kind)
+{
+    return events.filter(QRegularExpression("^" + kind));
+}
+
+const QString no_answer = "box 2 警告 数据未读取成功，请再次点击";
+const QString read_failed = "box 2 数据读取 数据读取失败，请重新读取";
+const QString read_succeeded = "box 1 数据读取 数据读取成功";
+
+} // namespace
+
+/// The serial port and both ways of reading, against a pseudo-terminal and a
+/// socket with a scripted instrument at the other end.
+class test_serial_thread : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void starts_with_everything_at_rest();
+    void detection_begins_after_two_seconds();
+    void a_usb_port_is_opened();
+    void other_descriptions_are_never_opened_data();
+    void other_descriptions_are_never_opened();
+    void a_port_that_fails_gives_way_to_the_next();
+    void an_open_port_is_kept();
+    void a_port_that_closes_quietly_is_noticed_without_a_box();
+    void a_port_that_vanishes_is_noticed_with_a_box();
+    void serial_errors_data();
+    void serial_errors();
+    void closing_a_closed_port_does_nothing();
+    void baud_toggles_data();
+    void baud_toggles();
+
+    void received_bytes_are_logged();
+    void frames_are_sent_through_their_text();
+    void commands_replace_the_lists();
+    void without_a_channel();
+    void text_at_the_first_try();
+    void line_end_before_the_first_record();
+    void text_at_the_other_rate();
+    void first_answer_that_is_no_record();
+    void second_answer_counts_whatever_it_is();
+    void silence();
+    void bad_probe_replies_data();
+    void bad_probe_replies();
+    void good_probe_replies_data();
+    void good_probe_replies();
+    void an_export_to_its_end();
+    void an_export_in_pieces();
+    void a_second_read_is_like_the_first();
+    void frames_that_end_an_export_data();
+    void frames_that_end_an_export();
+    void a_damaged_frame_is_searched_through();
+    void one_retry();
+    void a_good_frame_brings_the_retry_back();
+    void timeouts_in_their_own_time();
+    void a_timeout_without_an_export();
+    void port_gone_during_an_export();
+    void port_gone_during_the_text_wait();
+    void what_was_delivered_stays();
+    void a_babbling_instrument_fills_no_memory();
+    void an_idle_port_fills_no_memory();
+    void quitting_in_the_middle_of_a_read();
+
+    void android_read_to_its_end();
+    void android_takes_any_answer_with_a_header_data();
+    void android_takes_any_answer_with_a_header();
+    void android_silence_leaves_the_read_open();
+    void android_unexpected_frames_data();
+    void android_unexpected_frames();
+    void android_channel_lost_during_a_read();
+    void android_device_detached_during_the_wait();
+    void android_device_detached();
+    void android_follows_a_text_download();
+    void android_babble_fills_no_memory();
+
+private:
+    void start(scripted_instrument::script script = {});
+    void start_android(std::function<QByteArray(const QByteArray&)> script);
+    /// Runs command 1 from the event loop, as the window does, until it is over.
+    void read();
+    [[nodiscard]] serial_thread::listed_port listed(const QString& description) const;
+
+    std::unique_ptr<scripted_instrument> instrument;
+    std::unique_ptr<serial_thread> reader;
+    std::unique_ptr<box_watcher> watcher;
+    std::unique_ptr<log_capture> log;
+    std::unique_ptr<QTcpServer> server;
+    QPointer<QTcpSocket> android; ///< the instrument's end
+    QList<QByteArray> android_requests;
+    QList<serial_thread::listed_port> ports;
+    QStringList events; ///< signals and boxes in their order
+};
+
+void test_serial_thread::initTestCase()
+{
+    qputenv("PATH", ""); // no adb in this test
+}
+
+void test_serial_thread::init()
+{
+    ports.clear();
+    android_requests.clear();
+    log = std::make_unique<log_capture>();
+    reader = std::make_unique<serial_thread>();
+    reader->available_ports = [this] { return ports; };
+    const auto note = [this](const QString& name, int value) {
+        events += QStringLiteral("%1 %2").arg(name).arg(value);
+    };
+    connect(reader.get(), &serial_thread::button_control, this,
+            [note](bool on) { note("button", on); });
+    connect(reader.get(), &serial_thread::read_data_set_progressbar, this,
+            [note](int percent) { note("progress", percent); });
+    connect(reader.get(), &serial_thread::LED_control, this, [note](bool on) { note("LED", on); });
+    connect(reader.get(), &serial_thread::LED_2_control, this,
+            [note](bool on) { note("LED2", on); });
+    connect(reader.get(), &serial_thread::adbchannel_out, this,
+            [note](AdbStringChannel* gone) { note("out", gone != nullptr); });
+    connect(reader.get(), &serial_thread::read_data_finished, this,
+            [note](const QList<measuringData>& list) {
+                note("finished", static_cast<int>(list.size()));
+            });
+    watcher = std::make_unique<box_watcher>();
+    watcher->look = [this](QMessageBox* box) {
+        events +=
+            QStringLiteral("box %1 %2 %3").arg(box->icon()).arg(box->windowTitle(), box->text());
+    };
+    events.clear();
+}
+
+void test_serial_thread::cleanup()
+{
+    reader.reset();
+    server.reset();
+    instrument.reset();
+    watcher.reset();
+    log.reset();
+}
+
+serial_thread::listed_port test_serial_thread::listed(const QString& description) const
+{
+    return {instrument->path(), "pts", description};
+}
+
+void test_serial_thread::start(scripted_instrument::script script)
+{
+    instrument = std::make_unique<scripted_instrument>(std::move(script));
+    ports = {listed("USB Serial")};
+    reader->detect_ports();
+    QVERIFY(reader->port->isOpen());
+    QCOMPARE(instrument->baud(), 115200);
+    events.clear();
+    log->clear();
+}
+
+void test_serial_thread::start_android(std::function<QByteArray(const QByteArray&)> script)
+{
+    server = std::make_unique<QTcpServer>();
+    QVERIFY(server->listen(QHostAddress::LocalHost));
+    connect(server.get(), &QTcpServer::newConnection, this, [this, script] {
+        android = server->nextPendingConnection();
+        connect(android, &QTcpSocket::readyRead, this, [this, script] {
+            while (android->bytesAvailable() >= 11) {
+                android_requests += android->read(11);
+                android->write(script(android_requests.last()));
+            }
+        });
+    });
+    reader->channel = new AdbStringChannel("127.0.0.1", server->serverPort(), "emulator-5554",
+                                           "adb", reader.get());
+    auto* const socket = new QTcpSocket(reader->channel);
+    reader->channel->socket = socket;
+    connect(socket, &QTcpSocket::errorOccurred, reader->channel, &AdbStringChannel::onSocketError);
+    socket->connectToHost("127.0.0.1", server->serverPort());
+    QVERIFY(socket->waitForConnected());
+    QTRY_VERIFY(android != nullptr);
+    reader->android_connected = 1;
+    events.clear();
+    log->clear();
+}
+
+void test_serial_thread::read()
+{
+    bool returned = false;
+    QTimer::singleShot(0, this, [this, &returned] {
+        reader->recv_cmd_from_key(1, {}, {}, {}, {});
+        returned = true;
+    });
+    QTRY_VERIFY_WITH_TIMEOUT(returned, 10000);
+}
+
+void test_serial_thread::starts_with_everything_at_rest()
+{
+    QVERIFY(reader->port->parent() == nullptr);
+    QVERIFY(!reader->port->isOpen());
+    QVERIFY(!reader->port_connected);
+    QCOMPARE(reader->android_connected, 0);
+    QVERIFY(reader->channel == nullptr);
+    QVERIFY(reader->export_timer->isSingleShot());
+    QVERIFY(!reader->detect_timer->isActive());
+    QVERIFY(!reader->adb_manager.poll_timer.isActive());
+
+    // The thread only says who it was.
+    reader->start();
+    QVERIFY(reader->QThread::wait(5000));
+    QVERIFY(log->has("serial thread ID:"));
+    QCOMPARE(reader->thread(), QThread::currentThread());
+}
+
+void test_serial_thread::detection_begins_after_two_seconds()
+{
+    instrument = std::make_unique<scripted_instrument>();
+    ports = {listed("USB Serial")};
+    QElapsedTimer elapsed;
+    elapsed.start();
+    QTRY_VERIFY(log->texts().contains("执行串口检测"));
+    QVERIFY(elapsed.elapsed() >= 1500);
+    QVERIFY(!reader->port_connected);
+    QCOMPARE(reader->detect_timer->interval(), 1000);
+    QVERIFY(!reader->detect_timer->isSingleShot());
+    QTRY_VERIFY(reader->port_connected);
+    QVERIFY(elapsed.elapsed() >= 2500);
+}
+
+void test_serial_thread::a_usb_port_is_opened()
+{
+    instrument = std::make_unique<scripted_instrument>();
+    ports = {listed("USB Serial")};
+    reader->detect_ports();
+    QVERIFY(reader->port_connected);
+    QVERIFY(reader->port->isOpen());
+    QCOMPARE(reader->port->openMode(), QIODevice::ReadWrite);
+    QCOMPARE(reader->port->dataBits(), QSerialPort::Data8);
+    QCOMPARE(reader->port->stopBits(), QSerialPort::OneStop);
+    QCOMPARE(reader->port->parity(), QSerialPort::NoParity);
+    QCOMPARE(instrument->baud(), 115200);
+    QCOMPARE(events, (QStringList{"LED 1", "box 1 串口 设备已连接"}));
+    QVERIFY(log->texts().contains("Connected to port:  \"pts\""));
+}
+
+void test_serial_thread::other_descriptions_are_never_opened_data()
+{
+    QTest::addColumn<QString>("description");
+    QTest::newRow("bluetooth") << "Standard Serial over Bluetooth link";
+    QTest::newRow("lower case") << "usb Serial";
+    QTest::newRow("blank before") << " USB Serial";
+    QTest::newRow("further on") << "Prolific USB-to-Serial";
+    QTest::newRow("two letters") << "US";
+    QTest::newRow("none") << "";
+}
+
+void test_serial_thread::other_descriptions_are_never_opened()
+{
+    QFETCH(QString, description);
+    instrument = std::make_unique<scripted_instrument>();
+    ports = {listed(description)};
+    reader->detect_ports();
+    QVERIFY(!reader->port->isOpen());
+    QVERIFY(events.isEmpty());
+    QVERIFY(!log->has("open port"));
+    QVERIFY(reader->port->portName().isEmpty());
+}
+
+void test_serial_thread::a_port_that_fails_gives_way_to_the_next()
+{
+    instrument = std::make_unique<scripted_instrument>();
+    ports = {{"/dev/no_such_port", "no_such_port", "USB"}, listed("USB")};
+    reader->detect_ports();
+    QVERIFY(log->texts().contains("Failed to open port:  \"no_such_port\""));
+    QVERIFY(reader->port_connected);
+    QCOMPARE(events, (QStringList{"LED 1", "box 1 串口 设备已连接"}));
+}
+
+void test_serial_thread::an_open_port_is_kept()
+{
+    start();
+    const scripted_instrument other;
+    ports.prepend({other.path(), "other", "USB"});
+    reader->detect_ports();
+    QVERIFY(events.isEmpty());
+    QVERIFY(instrument->path().endsWith(reader->port->portName()));
+}
+
+void test_serial_thread::a_port_that_closes_quietly_is_noticed_without_a_box()
+{
+    start();
+    ports.clear();
+    reader->port->close();
+    reader->detect_ports();
+    QVERIFY(!reader->port_connected);
+    QVERIFY(events.isEmpty());
+    QCOMPARE(log->texts(), QStringList{"Disconnected from previously connected port."});
+    // And found again.
+    ports = {listed("USB Serial")};
+    reader->detect_ports();
+    QVERIFY(reader->port_connected);
+}
+
+void test_serial_thread::a_port_that_vanishes_is_noticed_with_a_box()
+{
+    start();
+    ports.clear();
+    QTRY_VERIFY(log->texts().contains("执行串口检测"));
+    reader->text_buffer = "n0";
+    instrument->vanish();
+    QTRY_COMPARE(events, (QStringList{"LED 0", "box 1 串口 设备连接有误"}));
+    QTRY_VERIFY(log->texts().contains("Serial port closed."));
+    QVERIFY(!reader->port->isOpen());
+    QVERIFY(!reader->port_connected);
+    QVERIFY(reader->text_buffer.isEmpty());
+    // Another takes its place at the next look.
+    instrument = std::make_unique<scripted_instrument>();
+    ports = {listed("USB Serial")};
+    QTRY_VERIFY(reader->port_connected);
+}
+
+void test_serial_thread::serial_errors_data()
+{
+    QTest::addColumn<QSerialPort::SerialPortError>("error");
+    QTest::addColumn<QStringList>("lines");
+    QTest::addColumn<bool>("closes");
+
+    const auto other = [](const char* name) {
+        return QStringList{QStringLiteral("An unexpected serial port error occurred:  ") + name};
+    };
+    QTest::newRow("none") << QSerialPort::NoError << QStringList() << false;
+    QTest::newRow("time-out") << QSerialPort::TimeoutError << QStringList() << false;
+    QTest::newRow("permission") << QSerialPort::PermissionError
+                                << QStringList{"PermissionError", "Serial port closed."} << true;
+    QTest::newRow("resource") << QSerialPort::ResourceError
+                              << QStringList{"ResourceError", "Serial port closed."} << true;
+    QTest::newRow("not found") << QSerialPort::DeviceNotFoundError << other("DeviceNotFoundError")
+                               << false;
+    QTest::newRow("read") << QSerialPort::ReadError << other("ReadError") << false;
+    QTest::newRow("write") << QSerialPort::WriteError << other("WriteError") << false;
+    QTest::newRow("unknown") << QSerialPort::UnknownError << other("UnknownError") << false;
+}
+
+void test_serial_thread::serial_errors()
+{
+    QFETCH(QSerialPort::SerialPortError, error);
+    QFETCH(QStringList, lines);
+    QFETCH(bool, closes);
+
+    start();
+    reader->handle_serial_error(error);
+    QStringList said = log->texts();
+    said.removeAll("This plugin does not support propagateSizeHints()"); // of the platform
+    QCOMPARE(said, lines);
+    QCOMPARE(reader->port->isOpen(), !closes);
+    QCOMPARE(reader->port_connected, !closes);
+    QCOMPARE(events, closes ? (QStringList{"LED 0", "box 1 串口 设备连接有误"}) : QStringList());
+}
+
+void test_serial_thread::closing_a_closed_port_does_nothing()
+{
+    reader->text_buffer = "n0";
+    reader->close_serial();
+    QVERIFY(events.isEmpty());
+    QCOMPARE(reader->text_buffer, "n0");
+}
+
+void test_serial_thread::baud_toggles_data()
+{
+    QTest::addColumn<int>("before");
+    QTest::addColumn<int>("after");
+    QTest::addColumn<QString>("line");
+    QTest::newRow("115200") << 115200 << 9600 << "切换为Baud9600";
+    QTest::newRow("9600") << 9600 << 115200 << "切换为Baud115200";
+    QTest::newRow("another") << 57600 << 57600 << "Unexpected current baud rate. Skipping toggle.";
+}
+
+void test_serial_thread::baud_toggles()
+{
+    QFETCH(int, before);
+    QFETCH(int, after);
+    QFETCH(QString, line);
+
+    start();
+    QVERIFY(reader->port->setBaudRate(before));
+    reader->toggle_baud();
+    QCOMPARE(reader->port->baudRate(), after);
+    QCOMPARE(log->texts(), QStringList{line});
+    if (after != 57600)
+        QCOMPARE(instrument->baud(), after);
+}
+
+void test_serial_thread::received_bytes_are_logged()
+{
+    log->clear();
+    reader->log_rx(QByteArray::fromHex("5a00fd0aFF"));
+    reader->log_rx("~");
+    reader->log_rx({});
+    QCOMPARE(log->texts(),
+             (QStringList{"SERIAL_RX LEN=5 HEX=5A 00 FD 0A FF", "SERIAL_RX LEN=1 HEX=7E"}));
+    QCOMPARE(log->lines().first().type, QtDebugMsg);
+}
+
+void test_serial_thread::frames_are_sent_through_their_text()
+{
+    start();
+    reader->send_hex("7E 0D 0A", false, {});
+    QTRY_COMPARE(instrument->requests(), (QList<request>{{text_command, 115200}}));
+    QVERIFY(log->has("发送数据到"));
+    QVERIFY(log->has("长度: 3 内容: \"7E 0D 0A\""));
+
+    log->clear();
+    reader->send_hex(" ", false, probe);
+    reader->send_hex("", false, probe);
+    QVERIFY(log->texts().isEmpty());
+    reader->send_hex("~~", false, probe);
+    QCOMPARE(log->texts(), QStringList{"[Worker] 无效的十六进制字符串: \"~~\""});
+    QCOMPARE(log->lines().first().type, QtWarningMsg);
+
+    log->clear();
+    reader->send_hex("7E 0D 0A", true, text_command); // no channel
+    reader->port->close();
+    reader->send_hex("7E 0D 0A", false, text_command);
+    QVERIFY(log->texts().isEmpty());
+    QCOMPARE(instrument->requests().size(), 1);
+}
+
+void test_serial_thread::commands_replace_the_lists()
+{
+    start();
+    for (const int command : {0, 2, -1}) {
+        reader->text_buffer = "n0";
+        reader->recv_cmd_from_key(command, {measuringData{}}, {"1,2"}, {"1,2,3\n"},
+                                  {{point_msg{}}});
+        QCOMPARE(reader->table_list.size(), 1);
+        QCOMPARE(reader->data_msg, QStringList{"1,2"});
+        QCOMPARE(reader->data_msg_altitude, QStringList{"1,2,3\n"});
+        QCOMPARE(reader->point_msg_all.size(), 1);
+        QVERIFY(reader->text_buffer.isEmpty());
+    }
+    reader->recv_cmd_from_key(0, {}, {}, {}, {});
+    QVERIFY(reader->table_list.isEmpty());
+    QVERIFY(events.isEmpty());
+    QVERIFY(instrument->requests().isEmpty());
+}
+
+void test_serial_thread::without_a_channel()
+{
+    read();
+    QCOMPARE(events, QStringList{"box 2 警告 串口未连接"});
+}
+
+void test_serial_thread::text_at_the_first_try()
+{
+    start([](const request&) { return text_record; });
+    read();
+    QCOMPARE(events, (QStringList{"button 0", "progress 0", "progress 100", "finished 1",
+                                  "progress 100", "box 1 数据读取 数据读取完成", "button 1"}));
+    QCOMPARE(instrument->requests(), (QList<request>{{text_command, 115200}}));
+    QCOMPARE(instrument->baud(), 115200);
+    QCOMPARE(reader->table_list.first().areameter, "1334");
+    const QStringList lines = log->texts();
+    QVERIFY(lines.contains("串口无错误"));
+    QVERIFY(lines.contains("发送数据： ~"));
+    QVERIFY(lines.contains(QString::number(text_record.size())));
+    QVERIFY(log->has("接收数据： \"n0001,m1334"));
+    QVERIFY(log->has("SERIAL_RX LEN="));
+}
+
+void test_serial_thread::line_end_before_the_first_record()
+{
+    start([](const request&) { return "\r\n" + text_record; });
+    read();
+    QCOMPARE(instrument->requests().size(), 1);
+    QVERIFY(log->texts().contains(QString::number(text_record.size())));
+    QCOMPARE(reader->table_list.size(), 1);
+}
+
+void test_serial_thread::text_at_the_other_rate()
+{
+    start([](const request& asked) { return asked.baud == 9600 ? text_record : QByteArray(); });
+    read();
+    QCOMPARE(instrument->requests(),
+             (QList<request>{{text_command, 115200}, {text_command, 9600}}));
+    QCOMPARE(instrument->baud(), 9600);
+    QCOMPARE(reader->table_list.size(), 1);
+    // The next read begins at the rate that worked.
+    read();
+    QCOMPARE(instrument->requests().size(), 3);
+    QCOMPARE(instrument->requests().last(), (request{text_command, 9600}));
+}
+
+void test_serial_thread::first_answer_that_is_no_record()
+{
+    // What the first try brought is forgotten, however much it looked like one.
+    start([](const request& asked) {
+        return asked.baud == 115200 ? "x" + text_record : text_record;
+    });
+    read();
+    QCOMPARE(instrument->requests().size(), 2);
+    QCOMPARE(instrument->baud(), 9600);
+    QCOMPARE(reader->table_list.size(), 1);
+    QVERIFY(reader->text_buffer.isEmpty());
+}
+
+void test_serial_thread::second_answer_counts_whatever_it_is()
+{
+    start([](const request&) { return "hello"; });
+    read();
+    QCOMPARE(events, (QStringList{"button 0", "progress 0", "finished 0", "progress 100",
+                                  "box 1 数据读取 数据读取完成", "button 1"}));
+    QVERIFY(log->texts().contains("The character 'N' was not found in the string."));
+    QCOMPARE(instrument->requests().size(), 2);
+}
+
+void test_serial_thread::silence()
+{
+    start();
+    QElapsedTimer elapsed;
+    elapsed.start();
+    read();
+    QVERIFY(elapsed.elapsed() >= 2000); // 500 ms twice, then 1000 ms
+    QCOMPARE(events, (QStringList{"button 0", "progress 0", "progress 0", "progress 0", no_answer,
+                                  "button 1"}));
+    QCOMPARE(instrument->requests(),
+             (QList<request>{{text_command, 115200}, {text_command, 9600}, {probe, 115200}}));
+    QVERIFY(log->texts().contains("读取到数据       长度: 0"));
+    QVERIFY(!reader->export_active);
+}
+
+void test_serial_thread::bad_probe_replies_data()
+{
+    QTest::addColumn<QByteArray>("answer");
+    const QByteArray token = instrument_frames::token();
+    QByteArray damaged = reply(0, 0);
+    damaged[7] = 'x';
+    QTest::newRow("status 1") << reply(0, 1);
+    QTest::newRow("another command answered") << reply(0x2D, 0);
+    QTest::newRow("damaged") << damaged;
+    QTest::newRow("one byte short") << frame::build_frame(0, 0, token + '\0');
+    QTest::newRow("another command") << frame::build_frame(1, 0, token + QByteArray(2, '\0'));
+    QTest::newRow("only the first frame counts") << reply(0, 1) + reply(0, 0);
+}
+
+void test_serial_thread::bad_probe_replies()
+{
+    QFETCH(QByteArray, answer);
+    start(binary_script(one_measurement(), answer));
+    read();
+    QCOMPARE(of_kind(events, "box"), QStringList{no_answer});
+    QCOMPARE(events.last(), "button 1");
+    QCOMPARE(instrument->requests().size(), 3);
+    QVERIFY(!reader->export_timer->isActive());
+}
+
+void test_serial_thread::good_probe_replies_data()
+{
+    QTest::addColumn<QByteArray>("answer");
+    QTest::newRow("plain") << reply(0, 0);
+    QTest::newRow("noise before") << "noiseZ" + reply(0, 0);
+    QTest::newRow("longer") << frame::build_frame(
+        0, 0, instrument_frames::token() + QByteArray(2, '\0') + "further");
+}
+
+void test_serial_thread::good_probe_replies()
+{
+    QFETCH(QByteArray, answer);
+    start(binary_script({reply(0x2D, 0)}, answer));
+    read();
+    QTRY_COMPARE(events.last(), read_succeeded);
+    QCOMPARE(reader->device_token, instrument_frames::token());
+}
+
+void test_serial_thread::an_export_to_its_end()
+{
+    start(binary_script({head{.records = 2}.frame(), points({{}}), points({{}}),
+                         head{.points = 1, .kind = 2, .records = 2}.frame(), points({{}}),
+                         reply(0x2D, 0)}));
+    read();
+    QTRY_COMPARE(events.last(), read_succeeded);
+    QCOMPARE(events, (QStringList{"button 0", "progress 0", "progress 0", "finished 1",
+                                  "progress 50", "finished 2", "progress 100", "button 1",
+                                  "progress 100", read_succeeded}));
+    QList<request> expected{{text_command, 115200}, {text_command, 9600}, {probe, 115200}};
+    for (int count = 0; count < 6; ++count)
+        expected.append({export_request, 115200});
+    QCOMPARE(instrument->requests(), expected);
+    QCOMPARE(reader->table_list.size(), 2);
+    QCOMPARE(reader->table_list[1].method, "航点");
+    QCOMPARE(reader->data_msg.size(), 2);
+    QCOMPARE(reader->record_count, 0);
+    QVERIFY(!reader->export_active);
+    QVERIFY(!reader->export_timer->isActive());
+    QVERIFY(reader->serial_rx_buffer.isEmpty());
+    const QStringList lines = log->texts();
+    QVERIFY(lines.contains("读取到数据       长度: 13"));
+    QVERIFY(lines.contains("serial protocol frame, command: 47 length: 43"));
+    QVERIFY(lines.contains("serial protocol frame, command: 48 length: 31"));
+    QVERIFY(lines.contains("serial protocol frame, command: 0 length: 13"));
+
+    // Nothing listens to the port any more.
+    const qsizetype count = events.size();
+    QVERIFY(instrument->say(reply(0x2D, 0)));
+    QTRY_COMPARE(reader->port->bytesAvailable(), 13);
+    QCOMPARE(events.size(), count);
+}
+
+void test_serial_thread::an_export_in_pieces()
+{
+    // The instrument's bytes one by one, with noise between the frames.
+    const auto frames = one_measurement();
+    start(binary_script({}));
+    read();
+    qsizetype asked = 4;
+    for (const QByteArray& frame : frames) {
+        QTRY_COMPARE(instrument->requests().size(), asked);
+        ++asked;
+        QVERIFY(instrument->say("..."));
+        for (const char byte : frame) {
+            QVERIFY(instrument->say(QByteArray(1, byte)));
+            QCoreApplication::processEvents();
+        }
+    }
+    QTRY_COMPARE(events.last(), read_succeeded);
+    QCOMPARE(reader->point_msg_all.size(), 1);
+}
+
+void test_serial_thread::a_second_read_is_like_the_first()
+{
+    start(binary_script(one_measurement() + one_measurement()));
+    read();
+    QTRY_COMPARE(events.last(), read_succeeded);
+    const QStringList first = events;
+    events.clear();
+    read();
+    QTRY_COMPARE(events.last(), read_succeeded);
+    QCOMPARE(events, first);
+    QCOMPARE(instrument->requests().size(), 12);
+}
+
+void test_serial_thread::frames_that_end_an_export_data()
+{
+    QTest::addColumn<QByteArray>("frame");
+    QTest::addColumn<QString>("box");
+    const QString bad_frame = "box 2 数据读取 数据读取失败";
+    QTest::newRow("nothing more") << reply(0x2D, 0) << read_succeeded;
+    QTest::newRow("status 1") << reply(0x2D, 1) << read_failed;
+    QTest::newRow("reply to another command") << reply(0x00, 0) << read_failed;
+    QTest::newRow("short reply") << frame::build_frame(0, 0, instrument_frames::token() + '\x2D')
+                                 << read_failed;
+    QTest::newRow("unknown command") << frame::build_frame(0x33, 0, "what?") << read_failed;
+    QTest::newRow("bad head") << head{.kind = 6}.frame() << bad_frame;
+    QTest::newRow("points without a head") << points({{}}) << bad_frame;
+    // What comes behind the end is not looked at.
+    QTest::newRow("frames behind the end") << reply(0x2D, 0) + head{}.frame() << read_succeeded;
+    QTest::newRow("frames behind a bad one")
+        << head{.kind = 6}.frame() + reply(0x2D, 0) << bad_frame;
+}
+
+void test_serial_thread::frames_that_end_an_export()
+{
+    QFETCH(QByteArray, frame);
+    QFETCH(QString, box);
+    start(binary_script({frame}));
+    read();
+    QTRY_COMPARE(events.last(), box);
+    QCOMPARE(events.mid(3),
+             (QStringList{"button 1", box == read_succeeded ? "progress 100" : "progress 0", box}));
+    QVERIFY(reader->serial_rx_buffer.isEmpty());
+    QVERIFY(!reader->export_timer->isActive());
+}
+
+void test_serial_thread::a_damaged_frame_is_searched_through()
+{
+    QByteArray damaged = head{}.frame();
+    damaged[20] = static_cast<char>(damaged[20] ^ 1);
+    start(binary_script({damaged + head{.points = 0}.frame(), reply(0x2D, 0)}));
+    read();
+    QTRY_COMPARE(events.last(), read_succeeded);
+    QCOMPARE(reader->table_list.size(), 1);
+    QCOMPARE(reader->table_list.first().numpoint, "0");
+    QVERIFY(log->texts().contains("serial protocol CRC error, length: 43"));
+}
+
+void test_serial_thread::one_retry()
+{
+    start(binary_script({}));
+    read();
+    QVERIFY(reader->export_active);
+    QVERIFY(reader->export_timer->isActive());
+    QCOMPARE(reader->export_timer->interval(), 5000);
+    QVERIFY(instrument->say(head{}.frame().left(20)));
+    QTRY_COMPARE(reader->serial_rx_buffer.size(), 20);
+
+    log->clear();
+    reader->serial_export_timeout();
+    QTRY_COMPARE(instrument->requests().size(), 5);
+    QCOMPARE(instrument->requests().last(), (request{export_request, 115200}));
+    QCOMPARE(reader->retry_count, 1);
+    QCOMPARE(log->texts().first(), "serial export timeout, retry: 0 buffer size: 20");
+    QCOMPARE(log->lines().first().type, QtWarningMsg);
+    QVERIFY(log->texts()[1].startsWith("SERIAL_RX LEN=20 HEX=5A 2F 07 00 00 24"));
+    QVERIFY(reader->export_timer->isActive());
+
+    reader->export_timer->start(0);
+    QTRY_COMPARE(events.last(), "box 2 数据读取 数据读取超时，请重新读取");
+    QCOMPARE(events.mid(3).first(), "button 1");
+    QVERIFY(log->has("serial export timeout, retry: 1 buffer size: 20"));
+    QCOMPARE(instrument->requests().size(), 5);
+    QCOMPARE(reader->retry_count, 0);
+    QVERIFY(reader->serial_rx_buffer.isEmpty());
+}
+
+void test_serial_thread::a_good_frame_brings_the_retry_back()
+{
+    start(binary_script({{}, head{}.frame(), {}, points({{}, {}}), reply(0x2D, 0)}));
+    read();
+    reader->serial_export_timeout();
+    QTRY_COMPARE(reader->table_list.size(), 1);
+    QCOMPARE(reader->retry_count, 0);
+    reader->serial_export_timeout();
+    QTRY_COMPARE(events.last(), read_succeeded);
+}
+
+void test_serial_thread::timeouts_in_their_own_time()
+{
+    start(binary_script({}));
+    read();
+    QElapsedTimer elapsed;
+    elapsed.start();
+    QTRY_COMPARE_WITH_TIMEOUT(events.last(), "box 2 数据读取 数据读取超时，请重新读取", 15000);
+    QVERIFY(elapsed.elapsed() >= 9000);
+    QCOMPARE(instrument->requests().size(), 5);
+}
+
+void test_serial_thread::a_timeout_without_an_export()
+{
+    reader->serial_export_timeout();
+    QVERIFY(events.isEmpty());
+    QCOMPARE(reader->retry_count, 0);
+}
+
+void test_serial_thread::port_gone_during_an_export()
+{
+    start(binary_script({head{}.frame()}));
+    read();
+    QTRY_COMPARE(reader->table_list.size(), 1);
+    ports.clear();
+    events.clear();
+    instrument->vanish();
+    QTRY_COMPARE(events, (QStringList{"LED 0", "box 1 串口 设备连接有误"}));
+    // The read itself ends when its next request finds no port.
+    QVERIFY(reader->export_active);
+    reader->export_timer->start(0);
+    QTRY_COMPARE(events.last(), read_failed);
+    QCOMPARE(events.mid(2), (QStringList{"button 1", "progress 0", read_failed}));
+    QVERIFY(!reader->export_active);
+}
+
+void test_serial_thread::port_gone_during_the_text_wait()
+{
+    start();
+    ports.clear();
+    QTRY_VERIFY(log->texts().contains("执行串口检测"));
+    QTimer::singleShot(100, this, [this] { instrument->vanish(); });
+    read();
+    QCOMPARE(of_kind(events, "box"), (QStringList{"box 1 串口 设备连接有误", no_answer}));
+    QCOMPARE(events.last(), "button 1");
+}
+
+void test_serial_thread::what_was_delivered_stays()
+{
+    start(binary_script({head{.points = 1, .records = 2}.frame(), points({{}}),
+                         head{.points = 5, .records = 2}.frame(), reply(0x2D, 1)}));
+    read();
+    QTRY_COMPARE(events.last(), read_failed);
+    QCOMPARE(of_kind(events, "finished"), QStringList{"finished 1"});
+    // The head without points is in this list alone, and the next command brings
+    // another.
+    QCOMPARE(reader->table_list.size(), 2);
+    QCOMPARE(reader->data_msg.size(), 1);
+}
+
+void test_serial_thread::a_babbling_instrument_fills_no_memory()
+{
+    start(binary_script({}));
+    read();
+    const QByteArray babble = QByteArray("Zzzzzz~").repeated(150) + QByteArray::fromHex("5A000000");
+    for (int count = 0; count < 300; ++count) {
+        QVERIFY(instrument->say(babble));
+        QCoreApplication::processEvents();
+        QVERIFY(reader->serial_rx_buffer.size() < frame::length_limit + frame::overhead);
+    }
+    QVERIFY(reader->export_active);
+}
+
+void test_serial_thread::an_idle_port_fills_no_memory()
+{
+    start(binary_script(one_measurement()));
+    const QByteArray block(2000, 'n');
+    qint64 said = 0;
+    while (said < 3'000'000 && instrument->say(block)) {
+        said += block.size();
+        QCoreApplication::processEvents();
+    }
+    QVERIFY(reader->port->bytesAvailable() <= 1 << 20);
+    QVERIFY(said > 1 << 20);
+    // A read begins with an empty port that listens again.
+    read();
+    QTRY_COMPARE(events.last(), read_succeeded);
+    QCOMPARE(instrument->requests().size(), 6);
+}
+
+void test_serial_thread::quitting_in_the_middle_of_a_read()
+{
+    start();
+    // All nested waits and boxes give way at once; the read runs to its end.
+    bool returned = false;
+    QTimer::singleShot(0, this, [this, &returned] {
+        reader->recv_cmd_from_key(1, {}, {}, {}, {});
+        returned = true;
+    });
+    QTimer::singleShot(100, qApp, &QCoreApplication::quit);
+    QCoreApplication::exec();
+    QVERIFY(returned);
+    QCOMPARE(events.last(), "button 1");
+}
+
+void test_serial_thread::android_read_to_its_end()
+{
+    auto frames = one_measurement();
+    start_android([frames](const QByteArray& asked) mutable {
+        return asked == probe ? reply(0, 0) : frames.takeFirst();
+    });
+    read();
+    QTRY_COMPARE(events.last(), read_succeeded);
+    QCOMPARE(events, (QStringList{"button 0", "progress 0", "progress 0", "finished 1",
+                                  "progress 100", "button 1", "progress 100", read_succeeded}));
+    QCOMPARE(android_requests,
+             (QList<QByteArray>{probe, export_request, export_request, export_request}));
+    const QStringList lines = log->texts();
+    QVERIFY(lines.contains("ADB protocol frame, command: 47 length: 43"));
+    QVERIFY(lines.contains("发送数据到 \"emulator-5554\" 长度: 11 内容: "
+                           "\"5A 2D FD 00 00 04 01 02 03 04 8A\""));
+    QVERIFY(log->has("读取到数据       长度: 13 内容: \"5A 00 07 00 00 06"));
+    QVERIFY(!reader->export_timer->isActive());
+    QVERIFY(reader->adb_rx_buffer.isEmpty());
+
+    // Nothing listens to the socket any more.
+    const qsizetype count = events.size();
+    android->write(reply(0x2D, 0));
+    QTRY_COMPARE(reader->channel->socket->bytesAvailable(), 13);
+    QCOMPARE(events.size(), count);
+}
+
+void test_serial_thread::android_takes_any_answer_with_a_header_data()
+{
+    QTest::addColumn<QByteArray>("answer");
+    QTest::addColumn<bool>("taken");
+    QTest::newRow("ten bytes") << QByteArray::fromHex("5A000000000001020304") << true;
+    QTest::newRow("bad status") << reply(0, 1) << true;
+    QTest::newRow("another command") << reply(0x2D, 0) << true;
+    QTest::newRow("bad checksum") << reply(0, 0).chopped(1) + 'x' << true;
+    QTest::newRow("nine bytes") << QByteArray::fromHex("5A0000000000010203") << false;
+    QTest::newRow("noise before") << "n" + reply(0, 0) << false;
+    QTest::newRow("nothing") << QByteArray() << false;
+}
+
+void test_serial_thread::android_takes_any_answer_with_a_header()
+{
+    QFETCH(QByteArray, answer);
+    QFETCH(bool, taken);
+    start_android(
+        [answer](const QByteArray& asked) { return asked == probe ? answer : reply(0x2D, 0); });
+    read();
+    if (taken) {
+        QTRY_COMPARE(events.last(), read_succeeded);
+        QCOMPARE(android_requests.last(), export_request);
+    } else {
+        QCOMPARE(events, (QStringList{"button 0", "progress 0", "progress 0", "progress 0",
+                                      no_answer, "button 1"}));
+        QCOMPARE(android_requests, QList<QByteArray>{probe});
+    }
+}
+
+void test_serial_thread::android_silence_leaves_the_read_open()
+{
+    start_android(
+        [](const QByteArray& asked) { return asked == probe ? reply(0, 0) : QByteArray(); });
+    read();
+    QTRY_COMPARE(android_requests.size(), 2);
+    // No time-out runs on this channel; the button stays locked.
+    QVERIFY(!reader->export_timer->isActive());
+    reader->serial_export_timeout();
+    QCOMPARE(events, (QStringList{"button 0", "progress 0", "progress 0"}));
+    // However late, an answer is taken.
+    android->write(reply(0x2D, 0));
+    QTRY_COMPARE(events.last(), read_succeeded);
+}
+
+void test_serial_thread::android_unexpected_frames_data()
+{
+    QTest::addColumn<QByteArray>("frame");
+    QTest::newRow("status 1") << reply(0x2D, 1);
+    QTest::newRow("unknown command") << frame::build_frame(0x33, 0, "what?");
+}
+
+void test_serial_thread::android_unexpected_frames()
+{
+    QFETCH(QByteArray, frame);
+    start_android(
+        [frame](const QByteArray& asked) { return asked == probe ? reply(0, 0) : frame; });
+    read();
+    QTRY_COMPARE(events.last(), read_failed);
+    QVERIFY(log->texts().contains("ADB export received unexpected response: \"" +
+                                  frame.toHex(' ').toUpper() + "\""));
+}
+
+void test_serial_thread::android_channel_lost_during_a_read()
+{
+    start_android([](const QByteArray& asked) {
+        return asked == probe ? reply(0, 0) : head{}.frame().left(20);
+    });
+    read();
+    QTRY_COMPARE(reader->adb_rx_buffer.size(), 20);
+    const QPointer<AdbStringChannel> channel = reader->channel;
+    // The instrument closes; without a handler, as this channel was not announced,
+    // only the channel closes itself.
+    QSignalSpy closed(reader->channel, &AdbStringChannel::channelClosed);
+    android->abort();
+    QTRY_COMPARE(closed.size(), 1);
+    QVERIFY(log->has("[AdbStringChannel] socket error:"));
+    // The device leaves adb's list: the read ends, once.
+    reader->onDeviceDetached("emulator-5554");
+    QCOMPARE(of_kind(events, "box"), QStringList{read_failed});
+    QVERIFY(events.contains("button 1"));
+    QVERIFY(reader->channel == nullptr);
+    QTRY_VERIFY(channel.isNull());
+}
+
+void test_serial_thread::android_device_detached_during_the_wait()
+{
+    start_android(
+        [](const QByteArray& asked) { return asked == probe ? reply(0, 0) : head{}.frame(); });
+    // In the middle of the fixed wait for the answer to the probe.
+    QTimer::singleShot(300, this, [this] { reader->onDeviceDetached("emulator-5554"); });
+    read();
+    QCOMPARE(events.last(), "button 1");
+    QCOMPARE(of_kind(events, "box"), QStringList{no_answer});
+}
+
+void test_serial_thread::android_device_detached()
+{
+    start_android([](const QByteArray&) { return QByteArray(); });
+    log->clear();
+    reader->onDeviceDetached("emulator-5554");
+    QCOMPARE(log->texts().first(), " 已断开  \"emulator-5554\"");
+    QCOMPARE(events, (QStringList{"LED2 0", "out 0"}));
+    QVERIFY(reader->channel == nullptr);
+    QCOMPARE(reader->android_connected, 0);
+    // Without a channel only the line is written.
+    reader->onDeviceDetached("emulator-5554");
+    QCOMPARE(events.size(), 2);
+}
+
+void test_serial_thread::android_follows_a_text_download()
+{
+    start([](const request&) { return text_record; });
+    start_android(
+        [](const QByteArray& asked) { return asked == probe ? reply(0, 0) : reply(0x2D, 0); });
+    read();
+    QTRY_COMPARE(events.last(), read_succeeded);
+    QCOMPARE(of_kind(events, "(box|button)"),
+             (QStringList{"button 0", "box 1 数据读取 数据读取完成", "button 1", "button 0",
+                          "button 1", read_succeeded}));
+}
+
+void test_serial_thread::android_babble_fills_no_memory()
+{
+    start_android(
+        [](const QByteArray& asked) { return asked == probe ? reply(0, 0) : QByteArray(); });
+    android->write(QByteArray(4 << 20, 'Z'));
+    QTRY_VERIFY(reader->channel->socket->bytesAvailable() > 0);
+    read(); // finds babble in place of an answer
+    QVERIFY(reader->adb_rx_buffer.size() < frame::length_limit + frame::overhead);
+}
+
+QTEST_MAIN(test_serial_thread)
+#include "test_serial_thread.moc"
