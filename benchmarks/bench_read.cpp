@@ -1,0 +1,140 @@
+// Whole reads of the simulated instrument through a pseudo-terminal, the serial
+// port, the hub and the window. The peer is the wire: what the same bytes take
+// at 115200 baud, ten bits a byte.
+
+#include "core/application.h"
+#include "core/main_window.h"
+#include "device/serial_thread.h"
+#include "support/instrument_process.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QLoggingCategory>
+#include <QPushButton>
+#include <QSerialPort>
+
+#include <benchmark/benchmark.h>
+
+#include <sys/resource.h>
+
+namespace {
+
+application_objects objects{};
+
+double cpu_seconds()
+{
+    rusage used{};
+    getrusage(RUSAGE_SELF, &used);
+    const auto seconds = [](const timeval& time) {
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+    };
+    return seconds(used.ru_utime) + seconds(used.ru_stime);
+}
+
+double peak_memory_mib()
+{
+    rusage used{};
+    getrusage(RUSAGE_SELF, &used);
+    return static_cast<double>(used.ru_maxrss) / 1024;
+}
+
+void turn_until(const std::function<bool()>& done)
+{
+    QElapsedTimer elapsed;
+    elapsed.start();
+    while (!done() && elapsed.elapsed() < 600'000)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents);
+}
+
+/// Bytes that the instrument has sent, from its log.
+struct wire
+{
+    double bytes = 0;
+    double frames = 0;
+};
+
+wire wire_of(const QString& log)
+{
+    wire seen;
+    QFile file(log);
+    if (!file.open(QIODevice::ReadOnly))
+        return seen;
+    for (const QByteArray& line : file.readAll().split('\n')) {
+        // time, line, "out", count of bytes, the bytes
+        const QList<QByteArray> words = line.split(' ');
+        if (words.size() < 5 || words[2] != "out")
+            continue;
+        seen.bytes += words[3].toDouble();
+        seen.frames += words[4] == "5A" ? 1 : 0;
+    }
+    return seen;
+}
+
+void whole_read(benchmark::State& state, const QStringList& memory)
+{
+    const QString log = QStringLiteral("bench_read.log");
+    instrument_process instrument;
+    if (!instrument.start(QStringList{"--pty", "--log", log} + memory)) {
+        state.SkipWithError("the instrument did not start");
+        return;
+    }
+    bool ended = false;
+    objects.serial->available_ports = [&] {
+        return QList<serial_thread::listed_port>{
+            {instrument.serial_path(), instrument.serial_path(), "USB serial"}};
+    };
+    objects.serial->show_box = [&](QMessageBox::Icon, const QString& title, const QString&) {
+        ended = ended || title == QStringLiteral("数据读取");
+    };
+    turn_until([] { return objects.serial->port_connected; });
+    for (auto _ : state) {
+        objects.window->reset_table_data({}, {}, {}, {});
+        ended = false;
+        const double before = cpu_seconds();
+        objects.window->on_data_read_clicked();
+        turn_until([&] { return ended; });
+        const double used = cpu_seconds() - before;
+
+        const wire sent = wire_of(log);
+        const double wire_seconds = sent.bytes * 10 / 115200;
+        state.counters["rows"] = static_cast<double>(objects.window->table_list.size());
+        state.counters["frames"] = sent.frames;
+        state.counters["cpu_s"] = used;
+        state.counters["cpu_ms_per_frame"] = used * 1000 / sent.frames;
+        state.counters["wire_ms_per_frame"] = wire_seconds * 1000 / sent.frames;
+        state.counters["cpu_to_wire"] = used / wire_seconds;
+        state.counters["peak_MiB"] = peak_memory_mib();
+    }
+    objects.serial->port->close();
+    objects.serial->detect_ports();
+    objects.serial->available_ports = [] { return QList<serial_thread::listed_port>(); };
+}
+
+void usual_memory(benchmark::State& state)
+{
+    whole_read(state, {});
+}
+BENCHMARK(usual_memory)->Unit(benchmark::kSecond)->Iterations(1);
+
+/// Delivers 20,100 rows.
+void two_hundred_measurements(benchmark::State& state)
+{
+    whole_read(state, {"--measurements", "200", "--points", "102"});
+}
+BENCHMARK(two_hundred_measurements)->Unit(benchmark::kSecond)->Iterations(1);
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    qputenv("PATH", ""); // without adb nothing else runs in this process
+    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+    const QApplication application(argc, argv);
+    install_default_font();
+    objects = make_application_objects();
+    objects.window->show();
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
