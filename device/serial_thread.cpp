@@ -6,6 +6,7 @@
 #include "device/frame.h"
 #include "device/text_records.h"
 
+#include <QApplication>
 #include <QDateTime>
 #include <QDebug>
 #include <QElapsedTimer>
@@ -70,10 +71,11 @@ QList<serial_thread::listed_port> system_ports()
 
 void show_message_box(QMessageBox::Icon icon, const QString& title, const QString& text)
 {
+    QWidget* const in_front = QApplication::activeWindow();
     if (icon == QMessageBox::Warning)
-        QMessageBox::warning(nullptr, title, text);
+        QMessageBox::warning(in_front, title, text);
     else
-        QMessageBox::information(nullptr, title, text);
+        QMessageBox::information(in_front, title, text);
 }
 
 /// Waits while everything else goes on.
