@@ -495,6 +495,23 @@ void test_main_window::information_fills_both_panels()
     QCOMPARE(m_ui->label_26->text(), QStringLiteral("99.5"));
     QCOMPARE(m_ui->label_point->text(), QStringLiteral("120点"));
     QCOMPARE(m_ui->label_tiao->text(), QStringLiteral("7条"));
+
+    // The same pass feeds the drawing: texts in the order of the rows, each with
+    // its row, in place of those before.
+    const graphic_widget& drawing = *m_ui->widget_graphic;
+    QCOMPARE(drawing.draw_data, (QStringList{"1,2", "3,4"}));
+    QCOMPARE(drawing.draw_rows, (QList<std::pair<int, int>>{{0, 4}, {1, 6}}));
+    QCOMPARE(drawing.frame_shown, 1);
+    m_window->frame_shown = 0;
+    emit m_objects.key->information("0", "0", "0", "0", "0点", "0条", {});
+    QVERIFY(drawing.draw_data.isEmpty());
+    QVERIFY(drawing.draw_rows.isEmpty());
+    QCOMPARE(drawing.frame_shown, 1); // written with a measurement only
+    emit m_objects.key->information("1", "0", "0", "0", "1点", "9条", {{"5,6", 8}});
+    QCOMPARE(drawing.draw_data, QStringList{"5,6"});
+    QCOMPARE(drawing.draw_rows, (QList<std::pair<int, int>>{{0, 8}}));
+    QCOMPARE(drawing.frame_shown, 0);
+    m_window->frame_shown = 1;
     m_window->timer->start(500);
     QCOMPARE(m_window->timer->interval(), 500);
 }
