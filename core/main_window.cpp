@@ -128,6 +128,11 @@ void MainWindow::start_web_view()
           QWebEngineSettings::PluginsEnabled, QWebEngineSettings::AllowRunningInsecureContent})
         settings->setAttribute(attribute, true);
 
+    // A page begins in Chinese; one that was loaded later learns the language here.
+    connect(ui->map->page(), &QWebEnginePage::loadFinished, this, [this](bool loaded) {
+        if (loaded)
+            run_script(QStringLiteral("changelanguage(%1)").arg(language));
+    });
     load_page(QStringLiteral("/index.html"));
     ui->map->raise();
     ui->widget_graphic->lower();
@@ -304,25 +309,24 @@ void MainWindow::set_lamp(QLabel* lamp, bool connected)
 
 void MainWindow::write_connection_text()
 {
-    if (language == 0)
-        ui->label_serial->setText(m_connected ? tr("已连接") : tr("未连接"));
-    else
-        ui->label_serial->setText(m_connected ? tr("connect") : tr("disconnect"));
+    const QString text = language == 0 ? (m_connected ? tr("已连接") : tr("未连接"))
+                                       : (m_connected ? tr("connect") : tr("disconnect"));
+    Ui::MainWindow::set_fitting(ui->label_serial, text);
 }
 
 void MainWindow::set_information(QString checked, QString areameter, QString areamu, QString length,
                                  QString points, QString records, QList<widgetData> checked_data)
 {
-    ui->totalchecked->setText(checked);
-    ui->label_15->setText(checked);
-    ui->areameter->setText(areameter);
-    ui->label_24->setText(areameter);
-    ui->areamu->setText(areamu);
-    ui->label_25->setText(areamu);
-    ui->distmeter->setText(length);
-    ui->label_26->setText(length);
-    ui->label_point->setText(points);
-    ui->label_tiao->setText(records);
+    Ui::MainWindow::set_fitting(ui->totalchecked, checked);
+    Ui::MainWindow::set_fitting(ui->label_15, checked);
+    Ui::MainWindow::set_fitting(ui->areameter, areameter);
+    Ui::MainWindow::set_fitting(ui->label_24, areameter);
+    Ui::MainWindow::set_fitting(ui->areamu, areamu);
+    Ui::MainWindow::set_fitting(ui->label_25, areamu);
+    Ui::MainWindow::set_fitting(ui->distmeter, length);
+    Ui::MainWindow::set_fitting(ui->label_26, length);
+    Ui::MainWindow::set_fitting(ui->label_point, points);
+    Ui::MainWindow::set_fitting(ui->label_tiao, records);
 
     graphic_widget& drawing = *ui->widget_graphic;
     drawing.draw_data.clear();

@@ -5,6 +5,7 @@
 #include "presentation/plain_check_box.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCheckBox>
 #include <QFrame>
 #include <QGroupBox>
@@ -73,7 +74,6 @@ void style_panel(QWidget* panel, const QString& own = {})
                        "y2:1,stop: 0 rgba(240, 240, 240, 255),stop: 1 rgba(220, 220, 220, 255));"
                        "border: 1px solid #c7c7c7;border-radius: 8px;}"
                        "QLabel {background: transparent;border: none;}"
-                       "QPushButton:focus {border: 1px dotted #2878c8;}"
                        "QToolTip {background: #ffffe1;border: 1px solid #767676;border-radius: 0;"
                        "color: black;}") +
         own);
@@ -310,7 +310,7 @@ void MainWindow::make_views()
     row(26, "label_14", &label_14, "label_15", &label_15, "label_16", &label_16);
     row(46, "label_17", &label_17, "label_24", &label_24, "label_18", &label_18);
     label_25 =
-        make_label(frame, "label_25", QRect(104, 66, 64, 18), Qt::AlignRight | Qt::AlignVCenter);
+        make_label(frame, "label_25", QRect(80, 66, 88, 18), Qt::AlignRight | Qt::AlignVCenter);
     label_25->setText(QStringLiteral("0"));
     label_19 = make_label(frame, "label_19", QRect(172, 66, 46, 18));
     row(86, "label_21", &label_21, "label_26", &label_26, "label_22", &label_22);
@@ -379,11 +379,13 @@ void MainWindow::retranslateUi(QMainWindow* window)
         QT_TRANSLATE_NOOP("MainWindow", " 距离"), QT_TRANSLATE_NOOP("MainWindow", "航点"),
         QT_TRANSLATE_NOOP("MainWindow", "航线"),  QT_TRANSLATE_NOOP("MainWindow", " 航迹"),
         QT_TRANSLATE_NOOP("MainWindow", "放样")};
-    for (size_t at = 0; at < tab_titles.size(); ++at)
-        tabWidget->setTabText(static_cast<int>(at), ::MainWindow::tr(tab_titles[at]));
-    for (QCheckBox* box : {checkBox, checkBox_mianji, checkBox_juli, checkBox_hangdian,
-                           checkBox_hangxian, checkBox_hangji, checkBox_fangyang})
-        describe(box, ::MainWindow::tr("全选"));
+    for (size_t at = 0; at < tab_titles.size(); ++at) {
+        const QString title = ::MainWindow::tr(tab_titles[at]);
+        QWidget* page = tabWidget->widget(static_cast<int>(at));
+        tabWidget->setTabText(static_cast<int>(at), title);
+        page->findChild<QTableView*>()->setAccessibleName(title.trimmed());
+        describe(page->findChild<QCheckBox*>(), ::MainWindow::tr("全选：%1").arg(title.trimmed()));
+    }
 
     label_2->setText(::MainWindow::tr("读取进度"));
     progressBar->setAccessibleName(::MainWindow::tr("读取进度"));
@@ -428,6 +430,19 @@ void MainWindow::retranslateUi(QMainWindow* window)
     describe(tuxing_control, ::MainWindow::tr("显示或隐藏测量信息"));
     map->setAccessibleName(::MainWindow::tr("地图"));
     widget_graphic->setAccessibleName(::MainWindow::tr("图形"));
+}
+
+void MainWindow::set_fitting(QLabel* label, const QString& text)
+{
+    constexpr int smallest = 9; // pixels; below it nobody reads
+    QFont font = label->font();
+    int size = QApplication::font().pixelSize();
+    do {
+        font.setPixelSize(size);
+    } while (QFontMetrics(font).horizontalAdvance(text) > label->width() && --size > smallest);
+    label->setFont(font);
+    label->setText(text);
+    label->setToolTip(text);
 }
 
 void MainWindow::resize_with(const QSize& window_size)

@@ -13,6 +13,7 @@ class QMenuBar;
 class QProgressBar;
 class QPushButton;
 class QSize;
+class QString;
 class QTabWidget;
 class QTableView;
 class QWebEngineView;
@@ -84,6 +85,9 @@ public:
     /// among them. Menu titles and actions are set once by setupUi: a language
     /// switch sets them literally.
     void retranslateUi(QMainWindow* window);
+    /// Sets the text of a label whose place is narrow, in a smaller font where it
+    /// would be cut off, and as its tooltip.
+    static void set_fitting(QLabel* label, const QString& text);
     /// Moves and stretches what follows the window's new size. Horizontal places
     /// follow above 1295 pixels only, vertical ones above 724.
     void resize_with(const QSize& window_size);

@@ -210,10 +210,6 @@ Software version: </translation>
             <translation>Stake</translation>
         </message>
         <message>
-            <source>全选</source>
-            <translation>Tick all</translation>
-        </message>
-        <message>
             <source>读取进度</source>
             <translation>Progress</translation>
         </message>
@@ -356,6 +352,10 @@ Software version: </translation>
         <message>
             <source>Type</source>
             <translation>Type</translation>
+        </message>
+        <message>
+            <source>全选：%1</source>
+            <translation>Tick all: %1</translation>
         </message>
     </context>
     <context>

@@ -210,10 +210,6 @@
             <translation>放样</translation>
         </message>
         <message>
-            <source>全选</source>
-            <translation>全选</translation>
-        </message>
-        <message>
             <source>读取进度</source>
             <translation>读取进度</translation>
         </message>
@@ -356,6 +352,10 @@
         <message>
             <source>Type</source>
             <translation>类型</translation>
+        </message>
+        <message>
+            <source>全选：%1</source>
+            <translation>全选：%1</translation>
         </message>
     </context>
     <context>

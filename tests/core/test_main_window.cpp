@@ -13,6 +13,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
+#include <QDesktopServices>
 #include <QDir>
 #include <QFile>
 #include <QFrame>
@@ -21,6 +22,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMenuBar>
+#include <QMouseEvent>
 #include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
@@ -32,6 +35,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QUrl>
+#include <QVariant>
+#include <QWebEnginePage>
 #include <QWebEngineView>
 
 using pairs = QList<std::pair<int, int>>;
@@ -60,9 +66,15 @@ private slots:
     void lamps_share_the_text();
     void progress_and_read_button();
     void information_fills_both_panels();
+    void drawing_gets_the_ticked_measurements();
+    void long_texts_fit_their_places();
+    void scripts_reach_the_page_in_order();
+    void language_reaches_the_page();
+    void map_options_work_like_radio_buttons();
     void frame_toggles();
     void close_asks_first_data();
     void close_asks_first();
+    void menus_stand_as_designed();
     void help_boxes();
     void missing_features_say_so_data();
     void missing_features_say_so();
@@ -78,6 +90,7 @@ private slots:
     void a_click_on_the_tick_toggles_both_tables();
     void what_does_not_toggle_data();
     void what_does_not_toggle();
+    void the_press_of_a_double_click_changes_nothing();
     void space_toggles();
     void ticking_in_a_kind_table_reaches_the_main_one();
     void tab_box_ticks_all();
@@ -93,14 +106,21 @@ private slots:
     void edit_without_relation_is_dropped();
     void editing_through_the_keyboard();
 
+public slots:
+    void swallow_url(const QUrl& url) { m_opened_urls += url; }
+
 private:
     void deliver(const sample_lists& lists);
+    [[nodiscard]] QVariant answer_of_page(const QString& script) const;
+    void record_page();
+    [[nodiscard]] QString calls_of_page() const;
     void choose_english();
     void choose_chinese();
     [[nodiscard]] static QPoint tick_place(const QTableView* view, int row);
     [[nodiscard]] bool ticked(const QStandardItemModel* model, int row) const;
 
     application_objects m_objects{};
+    QList<QUrl> m_opened_urls;
     MainWindow* m_window = nullptr;
     Ui::MainWindow* m_ui = nullptr;
 };
@@ -482,6 +502,8 @@ void test_main_window::progress_and_read_button()
 
 void test_main_window::information_fills_both_panels()
 {
+    QCOMPARE(m_window->timer->interval(), 500);
+    QVERIFY(m_window->timer->isActive());
     m_window->timer->stop();
     emit m_objects.key->information("3", "1234", "1.85", "99.5", "120点", "7条",
                                     {{"1,2", 4}, {"3,4", 6}});
@@ -495,25 +517,211 @@ void test_main_window::information_fills_both_panels()
     QCOMPARE(m_ui->label_26->text(), QStringLiteral("99.5"));
     QCOMPARE(m_ui->label_point->text(), QStringLiteral("120点"));
     QCOMPARE(m_ui->label_tiao->text(), QStringLiteral("7条"));
+    m_window->timer->start();
+}
 
-    // The same pass feeds the drawing: texts in the order of the rows, each with
-    // its row, in place of those before.
+void test_main_window::drawing_gets_the_ticked_measurements()
+{
+    m_window->timer->stop();
     const graphic_widget& drawing = *m_ui->widget_graphic;
+    emit m_objects.key->information("2", "0", "0", "0", "0点", "0条", {{"1,2", 4}, {"3,4", 6}});
     QCOMPARE(drawing.draw_data, (QStringList{"1,2", "3,4"}));
-    QCOMPARE(drawing.draw_rows, (QList<std::pair<int, int>>{{0, 4}, {1, 6}}));
+    QCOMPARE(drawing.draw_rows, (pairs{{0, 4}, {1, 6}}));
     QCOMPARE(drawing.frame_shown, 1);
-    m_window->frame_shown = 0;
+
+    // The frame's state travels with a measurement only.
+    m_ui->tuxing_control->click();
     emit m_objects.key->information("0", "0", "0", "0", "0点", "0条", {});
-    QVERIFY(drawing.draw_data.isEmpty());
-    QVERIFY(drawing.draw_rows.isEmpty());
-    QCOMPARE(drawing.frame_shown, 1); // written with a measurement only
-    emit m_objects.key->information("1", "0", "0", "0", "1点", "9条", {{"5,6", 8}});
-    QCOMPARE(drawing.draw_data, QStringList{"5,6"});
-    QCOMPARE(drawing.draw_rows, (QList<std::pair<int, int>>{{0, 8}}));
+    QCOMPARE(drawing.draw_data, QStringList());
+    QCOMPARE(drawing.draw_rows, pairs());
+    QCOMPARE(drawing.frame_shown, 1);
+    emit m_objects.key->information("1", "0", "0", "0", "0点", "0条", {{"1,2", 0}});
     QCOMPARE(drawing.frame_shown, 0);
-    m_window->frame_shown = 1;
-    m_window->timer->start(500);
-    QCOMPARE(m_window->timer->interval(), 500);
+    m_ui->tuxing_control->click();
+    m_window->timer->start();
+}
+
+void test_main_window::long_texts_fit_their_places()
+{
+    const auto fits = [](const QLabel* label) {
+        return QFontMetrics(label->font()).horizontalAdvance(label->text()) <= label->width();
+    };
+    m_window->timer->stop();
+    choose_english();
+    emit m_objects.key->information("20100", "225202660", "1.23457e+06", "1.23457e+06",
+                                    "380123 pts", "20100 rec.", {});
+    for (const QLabel* label :
+         {m_ui->totalchecked, m_ui->label_15, m_ui->areameter, m_ui->label_24, m_ui->areamu,
+          m_ui->label_25, m_ui->distmeter, m_ui->label_26, m_ui->label_point, m_ui->label_tiao})
+        QVERIFY2(fits(label), qPrintable(label->objectName()));
+    QCOMPARE(m_ui->label_serial->text(), QStringLiteral("disconnect"));
+    QVERIFY(fits(m_ui->label_serial));
+    for (const QLabel* label : m_window->findChildren<QLabel*>())
+        QVERIFY2(fits(label), qPrintable(label->objectName() + ": " + label->text()));
+    // What fits is shown at its full size.
+    emit m_objects.key->information("1", "0", "0", "0", "0 pts", "0 rec.", {});
+    QCOMPARE(m_ui->label_point->font().pixelSize(), 13);
+    m_window->timer->start();
+}
+
+QVariant test_main_window::answer_of_page(const QString& script) const
+{
+    QVariant answer;
+    bool answered = false;
+    m_ui->map->page()->runJavaScript(script, [&](const QVariant& value) {
+        answer = value;
+        answered = true;
+    });
+    if (!QTest::qWaitFor([&] { return answered; }, 30'000))
+        return "the page does not answer";
+    return answer;
+}
+
+/// Replaces the page's functions by some that note their calls.
+void test_main_window::record_page()
+{
+    QTRY_COMPARE_WITH_TIMEOUT(answer_of_page("typeof clearMap").toString(),
+                              QStringLiteral("function"), 30'000);
+    QCOMPARE(answer_of_page("window.calls = [];"
+                            "clearMap = () => calls.push('clear');"
+                            "changelanguage = (n) => calls.push('language ' + n);"
+                            "beginLocatedCityPacket = (id, kind) => calls.push('begin ' + kind);"
+                            "appendLocatedCityPacket = (id, all) => calls.push('append');"
+                            "finishLocatedCityPacket = (id) => calls.push('finish');"
+                            "deleteDrawnPolygons = () => calls.push('delete');"
+                            "'ready'")
+                 .toString(),
+             QStringLiteral("ready"));
+}
+
+QString test_main_window::calls_of_page() const
+{
+    return answer_of_page("window.calls.splice(0).join(' | ')").toString();
+}
+
+void test_main_window::scripts_reach_the_page_in_order()
+{
+    record_page();
+    deliver(sample_lists::of_methods({"面积", "航点"}));
+    const QString area = "begin 1 | append | finish";
+    const QString waypoint = "begin 3 | append | finish";
+
+    const log_capture log;
+    m_ui->checkBox->setChecked(true);
+    QCOMPARE(calls_of_page(), "clear | " + area + " | " + waypoint);
+    QVERIFY(log.has("map script length: "));
+    m_ui->checkBox->setChecked(false); // erasing is dropped: only clearing removes figures
+    QCOMPARE(calls_of_page(), QStringLiteral("clear"));
+
+    // The boxes of the kinds draw all measurements and clear nothing.
+    for (QCheckBox* box :
+         {m_ui->checkBox_mianji, m_ui->checkBox_juli, m_ui->checkBox_hangdian,
+          m_ui->checkBox_hangxian, m_ui->checkBox_hangji, m_ui->checkBox_fangyang}) {
+        box->setChecked(true);
+        const QString calls = calls_of_page();
+        QVERIFY2(!calls.contains("clear"), qPrintable(box->objectName() + ": " + calls));
+        QCOMPARE(calls.count("finish"), 2);
+        box->setChecked(false);
+        QCOMPARE(calls_of_page(), QString());
+    }
+
+    // A change of a row clears first, in each of the seven tables.
+    m_window->model->setData(m_window->model->index(0, 0), true);
+    m_window->all_table_change(true);
+    QCOMPARE(calls_of_page(), "clear | " + area);
+    m_window->area_table_change(true);
+    QCOMPARE(calls_of_page(), "clear | " + area);
+    for (auto slot : {&MainWindow::dist_table_change, &MainWindow::point_table_change,
+                      &MainWindow::line_table_change, &MainWindow::track_table_change,
+                      &MainWindow::fangyang_table_change}) {
+        (m_window->*slot)(true);
+        QCOMPARE(calls_of_page(), QStringLiteral("clear"));
+    }
+
+    // A rebuild leaves the map as it is.
+    m_window->rebuild_tables();
+    QCOMPARE(calls_of_page(), QString());
+}
+
+void test_main_window::language_reaches_the_page()
+{
+    record_page();
+    choose_english();
+    QCOMPARE(calls_of_page(), QStringLiteral("language 1"));
+    choose_chinese();
+    QCOMPARE(calls_of_page(), QStringLiteral("language 0"));
+    // A page loaded under English is told so.
+    choose_english();
+    m_ui->action_sky->trigger();
+    QTRY_COMPARE_WITH_TIMEOUT(answer_of_page("document.documentElement.lang").toString(),
+                              QStringLiteral("en"), 30'000);
+    m_ui->action_gaode->trigger();
+    QTRY_VERIFY_WITH_TIMEOUT(m_ui->map->url().path().endsWith("/index.html"), 30'000);
+}
+
+void test_main_window::map_options_work_like_radio_buttons()
+{
+    QTRY_VERIFY_WITH_TIMEOUT(m_ui->map->url().path().endsWith("/index.html"), 30'000);
+    QSignalSpy loads(m_ui->map, &QWebEngineView::loadStarted);
+    m_ui->action_gaode->trigger(); // the one in force: nothing is loaded
+    QVERIFY(m_ui->action_gaode->isChecked());
+    QCOMPARE(loads.size(), 0);
+
+    log_capture log;
+    const std::pair<QAction*, QString> options[] = {{m_ui->action_google, "/index_google.html"},
+                                                    {m_ui->action_sky, "/index_tiandi.html"},
+                                                    {m_ui->action_gaode, "/index.html"}};
+    for (const auto& [chosen, page] : options) {
+        log.clear();
+        chosen->trigger();
+        for (const QAction* option : {m_ui->action_gaode, m_ui->action_google, m_ui->action_sky})
+            QCOMPARE(option->isChecked(), option == chosen);
+        QTRY_VERIFY_WITH_TIMEOUT(m_ui->map->url().path() == QDir::currentPath() + page, 30'000);
+        QTRY_COMPARE_WITH_TIMEOUT(answer_of_page("typeof finishLocatedCityPacket + ' ' + typeof "
+                                                 "window.bridge")
+                                      .toString(),
+                                  QStringLiteral("function object"), 30'000);
+        QCOMPARE(log.has("Loading URL:"), chosen == m_ui->action_google);
+    }
+}
+
+void test_main_window::menus_stand_as_designed()
+{
+    const auto names = [](const QList<QAction*>& actions) {
+        QStringList all;
+        for (const QAction* action : actions)
+            all += action->isSeparator() ? QStringLiteral("-") : action->text();
+        return all;
+    };
+    QCOMPARE(names(m_ui->menuBar->actions()), (QStringList{"文件", "设置", "帮助", "Language"}));
+    QCOMPARE(names(m_ui->menu_file->actions()), (QStringList{"导出图形", "导出...", "-", "退出"}));
+    QCOMPARE(names(m_ui->menu_setting->actions()), (QStringList{"亩制", "坐标设置", "地图选项"}));
+    QCOMPARE(m_ui->menu_mu->actions(), QList<QAction*>{m_ui->action_small_mu});
+    QCOMPARE(m_ui->menu_map->actions(),
+             (QList<QAction*>{m_ui->action_gaode, m_ui->action_google, m_ui->action_sky}));
+    QCOMPARE(names(m_ui->menu_help->actions()),
+             (QStringList{"使用说明", "关于Velmo office", "资料下载", "软件更新"}));
+    QCOMPARE(names(m_ui->menu_language->actions()), (QStringList{"简体中文", "English"}));
+
+    box_watcher watcher;
+    m_ui->action_small_mu->trigger(); // connected to nothing
+    QCOMPARE(watcher.boxes.size(), 0);
+    const std::pair<QAction*, QString> same_as_button[] = {{m_ui->action_export_graphics, "打印"},
+                                                           {m_ui->action_export, "导出数据"},
+                                                           {m_ui->action_coordinate, "坐标设置"},
+                                                           {m_ui->action_software, "软件更新"}};
+    for (const auto& [action, title] : same_as_button) {
+        watcher.boxes.clear();
+        action->trigger();
+        QCOMPARE(watcher.boxes.size(), 1);
+        QCOMPARE(watcher.boxes[0].title, title);
+    }
+    QSignalSpy banner(m_window, &MainWindow::send_btm_sign_to_threadkey_marlund);
+    QDesktopServices::setUrlHandler("https", this, "swallow_url");
+    m_ui->marlund->click();
+    QDesktopServices::unsetUrlHandler("https");
+    QCOMPARE(banner.size(), 1);
+    QCOMPARE(m_opened_urls.size(), 1);
 }
 
 void test_main_window::frame_toggles()
@@ -761,7 +969,7 @@ void test_main_window::a_click_on_the_tick_toggles_both_tables()
 void test_main_window::what_does_not_toggle_data()
 {
     QTest::addColumn<int>("kind");
-    QTest::newRow("double click") << 0;
+    QTest::newRow("second press of a double click") << 0;
     QTest::newRow("right button") << 1;
     QTest::newRow("beside the box") << 2;
     QTest::newRow("another key") << 3;
@@ -783,6 +991,22 @@ void test_main_window::what_does_not_toggle()
     }
     QVERIFY(!ticked(m_window->model, 0));
     QVERIFY(m_ui->alltableView->viewport()->findChildren<QLineEdit*>().isEmpty());
+}
+
+void test_main_window::the_press_of_a_double_click_changes_nothing()
+{
+    deliver(sample_lists::of_methods({"面积"}));
+    QWidget* viewport = m_ui->alltableView->viewport();
+    const QPoint place = tick_place(m_ui->alltableView, 0);
+    // The first click toggles; the press of a double click after it changes
+    // nothing.
+    QTest::mouseClick(viewport, Qt::LeftButton, {}, place);
+    QVERIFY(ticked(m_window->model, 0));
+    const QPointF at = place;
+    QMouseEvent second(QEvent::MouseButtonDblClick, at, viewport->mapToGlobal(at), Qt::LeftButton,
+                       Qt::LeftButton, {});
+    QApplication::sendEvent(viewport, &second);
+    QVERIFY(ticked(m_window->model, 0));
 }
 
 void test_main_window::space_toggles()
@@ -934,6 +1158,8 @@ void test_main_window::name_edited_in_a_kind_table()
     QCOMPARE(m_window->model->item(2, 2)->text(), QStringLiteral("renamed"));
     QVERIFY(m_window->table_list[1].name != QStringLiteral("renamed"));
     QVERIFY(log.has(words + " 2 新名称: \"renamed\""));
+    QCOMPARE(m_window->table_list[2].time,
+             sample_lists::of_methods({"", "", ""}).table_list[2].time);
 
     edited->item(0, 3)->setText("2024-1-1 0:0:0");
     QCOMPARE(m_window->table_list[1].time, QStringLiteral("2024-1-1 0:0:0"));
