@@ -128,10 +128,15 @@ protected:
         for (qsizetype i = 0; i < figures.size(); ++i) {
             const auto [x, y] = figures[i].isEmpty() ? std::pair(0.0, 0.0) : figures[i].first();
             int row = 0;
+            bool paired = false;
             for (const auto& pair : draw_rows) {
-                if (pair.first == i)
+                if (pair.first == i) {
                     row = pair.second;
+                    paired = true;
+                }
             }
+            if (!paired)
+                continue;
             painter.save();
             QTransform upright;
             upright.scale(1.0, -1.0);

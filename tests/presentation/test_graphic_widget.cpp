@@ -127,6 +127,7 @@ void test_graphic_widget::equals_the_plain_drawing_data()
     QTest::newRow("frame") << ticked{{slanted, closed}, {{0, 0}, {1, 1}}, 1};
     QTest::newRow("frame of another number") << ticked{{slanted}, {{0, 0}}, -3};
     QTest::newRow("rows") << ticked{{slanted, closed}, {{0, 9}, {1, 1203}, {0, 77}}, 1};
+    QTest::newRow("no row") << ticked{{slanted, closed}, {{1, 4}}};
     QTest::newRow("empty text") << ticked::in_order({closed, QString(), waypoint});
     QTest::newRow("only an empty text") << ticked::in_order({QString()});
     QTest::newRow("odd parts") << ticked::in_order({closed + u",1.1"_s, u"7"_s});
