@@ -170,8 +170,9 @@ const VelmoMap = (() => {
 
   function endBurst() {
     const rest = lastScript + PAUSE - performance.now();
-    // A map without a size waits until it has one.
-    if (rest > 0 || map.getSize().x === 0 || map.getSize().y === 0) {
+    // A map without a size waits until it has one. One that is being magnified
+    // would end where that leads, whatever view is set meanwhile.
+    if (rest > 0 || map.getSize().x === 0 || map.getSize().y === 0 || map._animatingZoom) {
       burstTimer = setTimeout(endBurst, Math.max(rest, PAUSE));
       return;
     }
@@ -285,10 +286,19 @@ const VelmoMap = (() => {
     scriptCame();
   }
 
-  // Not to be replaced by what comes with the numbers of an imported file.
+  // Not to be replaced, nor stopped, by what comes with the numbers of an
+  // imported file.
   for (const one of [clearMap, changelanguage, beginLocatedCityPacket, appendLocatedCityPacket,
-                     finishLocatedCityPacket, deleteDrawnPolygons])
-    Object.defineProperty(window, one.name, { value: one, writable: false, configurable: false });
+                     finishLocatedCityPacket, deleteDrawnPolygons]) {
+    const value = (...words) => {
+      try {
+        one(...words);
+      } catch (error) {
+        console.warn(`${one.name}: ${error instanceof Error ? error.message : "not understood"}`);
+      }
+    };
+    Object.defineProperty(window, one.name, { value, writable: false, configurable: false });
+  }
 
   speak();
 
