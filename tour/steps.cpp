@@ -195,6 +195,8 @@ void look_at_maps(const stage& at, const QString& menu, const QString& language,
         tick_measurement(at, providers[i].measurement);
         at.wait_for(QStringLiteral("figures on the page of %1").arg(title),
                     [] { return map_shows(line_on_the_map); });
+        // Until the totals have followed and the screen has what the page has.
+        QThread::msleep(700);
         at.take_picture(QStringLiteral("map-%1-%2").arg(language).arg(i + 1));
     }
     at.click(QStringLiteral("checkBox"));
