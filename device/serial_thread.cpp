@@ -21,6 +21,8 @@
 #include <poll.h>
 #endif
 
+#include <utility>
+
 namespace {
 
 // Milliseconds.
@@ -328,6 +330,15 @@ void serial_thread::end_android_read()
         finish_export(false, read_failed);
 }
 
+void serial_thread::android_channel_closed()
+{
+    // Not within the channel's own signal, for the sake of the box.
+    QTimer::singleShot(0, this, [this] {
+        if (channel == nullptr || channel->socket == nullptr)
+            end_android_read();
+    });
+}
+
 // The read conversation.
 
 void serial_thread::recv_cmd_from_key(int command, QList<measuringData> new_table_list,
@@ -483,9 +494,9 @@ QByteArray serial_thread::wait_for_probe_reply()
     QByteArray reply;
     QElapsedTimer elapsed;
     elapsed.start();
-    while (elapsed.elapsed() < probe_wait && port->isOpen()) {
-        if (port->bytesAvailable() == 0 &&
-            !port->waitForReadyRead(probe_wait - static_cast<int>(elapsed.elapsed())))
+    for (qint64 left = probe_wait; left > 0 && port->isOpen();
+         left = probe_wait - elapsed.elapsed()) {
+        if (port->bytesAvailable() == 0 && !port->waitForReadyRead(static_cast<int>(left)))
             break;
         const QByteArray data = port->readAll();
         log_rx(data);
@@ -511,6 +522,9 @@ int serial_thread::android_probe()
     adb_rx_buffer.clear();
     connect(channel->socket, &QTcpSocket::readyRead, this,
             &serial_thread::new_recive_data_from_android_device, Qt::UniqueConnection);
+    // A channel that only its second attempt opened has nobody else to tell.
+    connect(channel, &AdbStringChannel::channelClosed, this, &serial_thread::android_channel_closed,
+            Qt::UniqueConnection);
     device_token = answer.mid(token_offset, token_size);
     path = read_path::android;
     send_export_request();
@@ -536,7 +550,8 @@ void serial_thread::send_export_request()
     }
     send_frame(frame::build_frame(frame::export_request, 0, device_token), android);
     // The Android channel has no time-out: a silent instrument leaves its read open.
-    if (!android)
+    // While the request was written the read may have ended.
+    if (!android && export_active)
         export_timer->start(export_timeout);
 }
 
@@ -599,17 +614,28 @@ serial_thread::frame_verdict serial_thread::take_serial_frame(const QByteArray& 
 
 void serial_thread::new_recive_data_from_android_device()
 {
-    do {
-        ::wait(socket_read_delay); // more of a frame may be on its way
-        // The channel may be gone after the wait.
-        adb_rx_buffer += read_socket();
-        QByteArray frame;
-        while (frame::extract_frame(adb_rx_buffer, frame)) {
-            if (take_android_frame(frame) == frame_verdict::ended)
-                return;
-        }
-    } while (channel != nullptr && channel->socket != nullptr &&
-             channel->socket->bytesAvailable() > 0);
+    // A read may show a box, whose event loop can see the channel and its socket
+    // deleted: that must not happen within the socket's own signal.
+    if (std::exchange(android_read_due, true))
+        return;
+    // More of a frame may be on its way.
+    QTimer::singleShot(socket_read_delay, this, &serial_thread::read_android_frames);
+}
+
+void serial_thread::read_android_frames()
+{
+    android_read_due = false;
+    if (path != read_path::android)
+        return; // the read has ended meanwhile
+    adb_rx_buffer += read_socket();
+    QByteArray frame;
+    while (frame::extract_frame(adb_rx_buffer, frame)) {
+        if (take_android_frame(frame) == frame_verdict::ended)
+            return;
+    }
+    // Bytes that came while a request was written need not be announced again.
+    if (channel != nullptr && channel->socket != nullptr && channel->socket->bytesAvailable() > 0)
+        new_recive_data_from_android_device();
 }
 
 serial_thread::frame_verdict serial_thread::take_android_frame(const QByteArray& frame)
@@ -618,7 +644,7 @@ serial_thread::frame_verdict serial_thread::take_android_frame(const QByteArray&
     qDebug() << "ADB protocol frame, command:" << command << "length:" << frame.size();
     if (is_export_data(command)) {
         process_export_frame(frame);
-        return frame_verdict::more;
+        return path == read_path::android ? frame_verdict::more : frame_verdict::ended;
     }
     if (is_good_reply(frame, frame::export_request)) {
         finish_export(true, QStringLiteral("数据读取成功"));
@@ -670,6 +696,7 @@ void serial_thread::finish_export(bool success, const QString& message)
 void serial_thread::process_export_frame(QByteArrayView frame)
 {
     qDebug() << "into    setp2    !!!!!!!!!!!!!!!!! ";
+    const read_path path_before = path;
     const bool good = frame.size() >= frame::overhead &&
                       (frame::read_u8(frame, 1) == frame::measurement_head ? take_head(frame)
                                                                            : take_points(frame));
@@ -677,6 +704,9 @@ void serial_thread::process_export_frame(QByteArrayView frame)
         finish_export(false, QStringLiteral("数据读取失败"));
         return;
     }
+    // The read may have ended while others took what it has delivered.
+    if (path != path_before)
+        return;
     qDebug() << "table_list.size" << table_list.size();
     retry_count = 0;
     export_active = true;

@@ -186,6 +186,7 @@ private:
     void channel_lost(AdbStringChannel* lost);
     void forget_channel();
     void end_android_read();
+    void android_channel_closed();
 
     bool read_serial();
     void log_port_state() const;
@@ -196,6 +197,7 @@ private:
     void report_no_answer();
     QByteArray wait_for_probe_reply();
     QByteArray read_socket();
+    void read_android_frames();
     void send_frame(const QByteArray& raw, bool android);
 
     frame_verdict take_serial_frame(const QByteArray& frame);
@@ -211,4 +213,5 @@ private:
     bool has_text_record(const measuringData& record, const QString& lines) const;
 
     read_path path = read_path::none;
+    bool android_read_due = false; ///< read_android_frames is about to run
 };

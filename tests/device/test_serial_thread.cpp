@@ -131,6 +131,10 @@ private slots:
     void android_device_detached();
     void android_follows_a_text_download();
     void android_babble_fills_no_memory();
+    void android_cable_pulled_while_the_end_box_is_open();
+    void android_channel_lost_before_its_bytes_are_read();
+    void android_bytes_behind_the_end_data();
+    void android_bytes_behind_the_end();
 
 private:
     void start(scripted_instrument::script script = {});
@@ -977,13 +981,14 @@ void test_serial_thread::android_channel_lost_during_a_read()
     read();
     QTRY_COMPARE(reader->adb_rx_buffer.size(), 20);
     const QPointer<AdbStringChannel> channel = reader->channel;
-    // The instrument closes; without a handler, as this channel was not announced,
-    // only the channel closes itself.
+    // The instrument closes. The read ends even though this channel, like one that
+    // only its second attempt opened, was not announced.
     QSignalSpy closed(reader->channel, &AdbStringChannel::channelClosed);
     android->abort();
     QTRY_COMPARE(closed.size(), 1);
     QVERIFY(log->has("[AdbStringChannel] socket error:"));
-    // The device leaves adb's list: the read ends, once.
+    QTRY_COMPARE(events.last(), read_failed);
+    // The device leaves adb's list: nothing is left to end.
     reader->onDeviceDetached("emulator-5554");
     QCOMPARE(of_kind(events, "box"), QStringList{read_failed});
     QVERIFY(events.contains("button 1"));
@@ -1036,6 +1041,90 @@ void test_serial_thread::android_babble_fills_no_memory()
     QTRY_VERIFY(reader->channel->socket->bytesAvailable() > 0);
     read(); // finds babble in place of an answer
     QVERIFY(reader->adb_rx_buffer.size() < frame::length_limit + frame::overhead);
+}
+
+void test_serial_thread::android_cable_pulled_while_the_end_box_is_open()
+{
+    start_android(
+        [](const QByteArray& asked) { return asked == probe ? reply(0, 0) : reply(0x2D, 0); });
+    const QPointer<QTcpSocket> socket = reader->channel->socket;
+    const QPointer<AdbStringChannel> channel = reader->channel;
+    bool pulled = false;
+    watcher->look = [&](QMessageBox* box) {
+        QCOMPARE(box->text(), "数据读取成功");
+        reader->onDeviceDetached("emulator-5554");
+        // Both are gone before the box is answered.
+        QTRY_VERIFY(socket.isNull() && channel.isNull());
+        pulled = true;
+    };
+    read();
+    QTRY_VERIFY(pulled);
+    QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
+    QCOMPARE(of_kind(events, "button"), (QStringList{"button 0", "button 1"}));
+    QVERIFY(reader->channel == nullptr);
+}
+
+void test_serial_thread::android_channel_lost_before_its_bytes_are_read()
+{
+    start_android([this](const QByteArray& asked) {
+        if (asked == probe)
+            return reply(0, 0);
+        QTimer::singleShot(30, android, [this] { android->abort(); });
+        return head{}.frame();
+    });
+    const QPointer<QTcpSocket> socket = reader->channel->socket;
+    read();
+    QTRY_COMPARE(events.last(), read_failed);
+    QTRY_VERIFY(socket.isNull());
+    QCOMPARE(of_kind(events, "(box|button)"), (QStringList{"button 0", "button 1", read_failed}));
+}
+
+void test_serial_thread::android_bytes_behind_the_end_data()
+{
+    QTest::addColumn<QByteArray>("last");
+    QTest::addColumn<QString>("box");
+    QTest::addColumn<QByteArray>("behind");
+    const QString bad_frame = "box 2 数据读取 数据读取失败";
+    for (const auto& [name, behind] :
+         {std::pair{"reply", reply(0x2D, 0)}, std::pair{"head", head{}.frame()}}) {
+        QTest::addRow("%s behind the end", name) << reply(0x2D, 0) << read_succeeded << behind;
+        QTest::addRow("%s behind a bad status", name) << reply(0x2D, 1) << read_failed << behind;
+        QTest::addRow("%s behind a bad head", name)
+            << head{.kind = 6}.frame() << bad_frame << behind;
+        QTest::addRow("%s behind points without a head", name)
+            << points({{}}) << bad_frame << behind;
+    }
+}
+
+void test_serial_thread::android_bytes_behind_the_end()
+{
+    QFETCH(QByteArray, last);
+    QFETCH(QString, box);
+    QFETCH(QByteArray, behind);
+    // A serial port is there as well: no request strays to it.
+    start([](const request&) { return text_record; });
+    start_android([last, behind](const QByteArray& asked) {
+        return asked == probe ? reply(0, 0) : last + behind;
+    });
+    const auto note = watcher->look;
+    watcher->look = [&](QMessageBox* seen) {
+        note(seen);
+        // More comes while the box is open.
+        if (events.last() == box) {
+            android->write(behind);
+            QTRY_VERIFY(reader->channel->socket->bytesAvailable() >= behind.size());
+        }
+    };
+    read();
+    QTRY_COMPARE(events.last(), box);
+    QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
+    // Twice the delay before bytes are read.
+    bool later = false;
+    QTimer::singleShot(250, this, [&later] { later = true; });
+    QTRY_VERIFY(later);
+    QCOMPARE(of_kind(events, "box"), (QStringList{"box 1 数据读取 数据读取完成", box}));
+    QCOMPARE(android_requests, (QList<QByteArray>{probe, export_request}));
+    QCOMPARE(instrument->requests(), (QList<request>{{text_command, 115200}}));
 }
 
 QTEST_MAIN(test_serial_thread)
