@@ -118,6 +118,9 @@ private slots:
     void what_was_delivered_stays();
     void a_babbling_instrument_fills_no_memory();
     void an_idle_port_fills_no_memory();
+    void a_port_that_vanishes_behind_a_full_buffer();
+    void a_text_download_without_end();
+    void a_text_download_is_held_up_by_a_box();
     void quitting_in_the_middle_of_a_read();
 
     void android_read_to_its_end();
@@ -866,6 +869,78 @@ void test_serial_thread::an_idle_port_fills_no_memory()
     read();
     QTRY_COMPARE(events.last(), read_succeeded);
     QCOMPARE(instrument->requests().size(), 6);
+}
+
+void test_serial_thread::a_port_that_vanishes_behind_a_full_buffer()
+{
+    start();
+    QTRY_VERIFY(log->texts().contains("执行串口检测"));
+    const QByteArray block(2000, 'n');
+    while (instrument->say(block))
+        QCoreApplication::processEvents();
+    QCOMPARE(reader->port->bytesAvailable(), 1 << 20);
+    ports.clear();
+    instrument->vanish();
+    QTRY_COMPARE(events, (QStringList{"LED 0", "box 1 串口 设备连接有误"}));
+    QVERIFY(!reader->port->isOpen());
+    QVERIFY(!reader->port_connected);
+    QVERIFY(log->texts().contains("ResourceError"));
+}
+
+void test_serial_thread::a_text_download_without_end()
+{
+    start([](const request&) { return "n0001,m1,l1;t202403050708,N9999,"; });
+    reader->text_limit = 100'000;
+    // Babble without pause, with marks and without, until the read has given up.
+    QTimer talk;
+    connect(&talk, &QTimer::timeout, this,
+            [this] { instrument->say(QByteArray("abcdefgN0009").repeated(50) + '!'); });
+    talk.start(5);
+    bool returned = false;
+    QTimer::singleShot(0, this, [this, &returned] {
+        reader->recv_cmd_from_key(1, {}, {}, {}, {});
+        returned = true;
+    });
+    QTRY_VERIFY_WITH_TIMEOUT(returned, 20000);
+    talk.stop();
+    QVERIFY(log->has("text download given up, bytes received: 10"));
+    QVERIFY(reader->text_buffer.isEmpty());
+    QCOMPARE(of_kind(events, "box"), QStringList{"box 1 数据读取 数据读取完成"});
+    QCOMPARE(events.last(), "button 1");
+    QCOMPARE(reader->port->readBufferSize(), 1 << 20);
+}
+
+void test_serial_thread::a_text_download_is_held_up_by_a_box()
+{
+    // More than the idle port would hold arrives while a box is open.
+    start([](const request&) {
+        return "n0001,m1334,l1234;t202403050708,N0002,              104d3'12.5\",30d30'0.0\",123;!";
+    });
+    qint64 said = 0;
+    const auto note = watcher->look;
+    bool held = false;
+    watcher->look = [&](QMessageBox* box) {
+        note(box);
+        if (std::exchange(held, true))
+            return;
+        const QByteArray block(2000, ' ');
+        while (said < 2'000'000 && instrument->say(block)) {
+            said += block.size();
+            QCoreApplication::processEvents();
+        }
+        QVERIFY(instrument->say("!"));
+    };
+    connect(reader.get(), &serial_thread::read_data_set_progressbar, this, [this](int percent) {
+        if (percent == 50) // in the middle of the download
+            QTimer::singleShot(0, this,
+                               [] { QMessageBox::information(nullptr, "another", "box"); });
+    });
+    read();
+    QCOMPARE(said, 2'000'000);
+    QCOMPARE(of_kind(events, "progress"),
+             (QStringList{"progress 0", "progress 50", "progress 100", "progress 100"}));
+    QCOMPARE(reader->table_list.size(), 1);
+    QCOMPARE(reader->port->readBufferSize(), 1 << 20);
 }
 
 void test_serial_thread::quitting_in_the_middle_of_a_read()
