@@ -2,6 +2,7 @@
 
 #include "coordinates/json_file_manager.h"
 #include "core/main_window_form.h"
+#include "core/map_page.h"
 #include "maker.h"
 #include "presentation/bridge.h"
 #include "presentation/graphic_widget.h"
@@ -11,7 +12,6 @@
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QDebug>
-#include <QDir>
 #include <QFrame>
 #include <QGraphicsOpacityEffect>
 #include <QLabel>
@@ -115,6 +115,9 @@ void MainWindow::connect_check_boxes()
 
 void MainWindow::start_web_view()
 {
+    ui->map->setPage(new map_page(ui->map));
+    // Its entries would only leave the page or show its source.
+    ui->map->setContextMenuPolicy(Qt::PreventContextMenu);
     web_channel = new QWebChannel(this);
     // Without a parent: it lives as long as the process, like the page it serves.
     web_channel->registerObject(QStringLiteral("bridge_name"), new bridge);
@@ -140,9 +143,7 @@ void MainWindow::start_web_view()
 
 void MainWindow::load_page(const QString& page)
 {
-    // A bare path is a URL on Windows only, where the drive letter makes it
-    // one; fromUserInput turns it into a file URL everywhere.
-    const QUrl url = QUrl::fromUserInput(QDir::currentPath() + page);
+    const QUrl url = map_page::url_of(page);
     if (page == QLatin1String("/index_google.html"))
         qDebug() << "Loading URL:" << url;
     ui->map->page()->load(url);

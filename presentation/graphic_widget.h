@@ -8,7 +8,9 @@
 #include <utility>
 
 /// The plain alternative to the map: white, with the outlines of all ticked
-/// measurements. The outlines are not there yet; the fields are filled already.
+/// measurements at a scale that fits, each with its number in the main table.
+/// It knows nothing but these fields, which the totals pass fills before each
+/// repaint.
 class graphic_widget : public QWidget
 {
     Q_OBJECT

@@ -3,6 +3,7 @@
 #include "coordinates/json_file_manager.h"
 #include "core/application.h"
 #include "core/main_window.h"
+#include "core/main_window_form.h"
 #include "core/thread_key.h"
 #include "device/adb_string_channel.h"
 #include "device/data_to_device.h"
@@ -10,16 +11,19 @@
 #include "exchange/file_export_thread.h"
 #include "exchange/file_import_thread.h"
 #include "presentation/graphic_widget.h"
+#include "support/box_watcher.h"
 #include "support/log_capture.h"
 #include "updates/hardware_upgrade.h"
 #include "updates/software_upgrade.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QMetaMethod>
 #include <QSerialPort>
 #include <QSignalSpy>
 #include <QStandardItemModel>
 #include <QTest>
+#include <QTimer>
 #include <QWebEngineView>
 
 class test_application : public QObject
@@ -33,6 +37,8 @@ private slots:
     void workers_log_their_labels_and_end();
     void everything_lives_in_one_thread();
     void an_emit_returns_after_the_tables_are_rebuilt();
+    void yes_ends_the_program_data();
+    void yes_ends_the_program();
     void all_connections_stand_once();
 
 private:
@@ -99,6 +105,31 @@ void test_application::an_emit_returns_after_the_tables_are_rebuilt()
     emit m_objects.serial->read_data_finished({record}, {"1,2"}, {"1,2,3\n"}, {{point_msg()}});
     QCOMPARE(m_objects.window->model->rowCount(), 1);
     QCOMPARE(m_objects.window->model_area->rowCount(), 1);
+}
+
+void test_application::yes_ends_the_program_data()
+{
+    QTest::addColumn<bool>("by_menu");
+    QTest::newRow("the window's own button") << false;
+    QTest::newRow("the menu") << true;
+}
+
+void test_application::yes_ends_the_program()
+{
+    QFETCH(bool, by_menu);
+    MainWindow window;
+    window.show();
+    box_watcher watcher;
+    watcher.answer = QMessageBox::Yes;
+    QTimer::singleShot(0, &window, [&] {
+        if (by_menu)
+            window.ui->action_quit->trigger();
+        else
+            window.close();
+    });
+    QCOMPARE(QApplication::exec(), 0);
+    QCOMPARE(watcher.boxes.size(), 1); // quitting closes the window and does not ask again
+    QVERIFY(!window.isVisible());
 }
 
 void test_application::all_connections_stand_once()

@@ -23,6 +23,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMetaMethod>
 #include <QMouseEvent>
 #include <QPointer>
 #include <QProgressBar>
@@ -42,6 +43,19 @@
 
 using pairs = QList<std::pair<int, int>>;
 
+class page_recorder
+{
+public:
+    explicit page_recorder(QWebEngineView* view);
+    ~page_recorder();
+
+    bool ready = false;
+
+private:
+    QWebEngineView* m_view;
+    QWebEnginePage* m_own;
+};
+
 class test_main_window : public QObject
 {
     Q_OBJECT
@@ -56,6 +70,8 @@ private slots:
     void resizing_follows_the_rules();
     void image_buttons_have_names_and_pictures();
     void view_buttons_show_what_is_in_front();
+    void styles_are_the_designed_ones();
+    void signals_stand_in_their_order();
 
     void language_switch_sets_every_text();
     void language_back_leaves_two_map_options_in_english();
@@ -102,7 +118,9 @@ private slots:
     void name_edited_in_a_kind_table_data();
     void name_edited_in_a_kind_table();
     void time_is_taken_as_typed();
-    void number_column_is_accepted_and_ignored();
+    void number_and_type_columns_are_accepted_and_ignored();
+    void a_measurement_without_points_is_legal();
+    void an_import_is_appended_like_a_read();
     void edit_without_relation_is_dropped();
     void editing_through_the_keyboard();
 
@@ -112,7 +130,6 @@ public slots:
 private:
     void deliver(const sample_lists& lists);
     [[nodiscard]] QVariant answer_of_page(const QString& script) const;
-    void record_page();
     [[nodiscard]] QString calls_of_page() const;
     void choose_english();
     void choose_chinese();
@@ -359,6 +376,67 @@ void test_main_window::view_buttons_show_what_is_in_front()
     QCOMPARE(m_ui->pushButton_graph->styleSheet(), style("./pic/en/push/graph_en_push.png"));
 }
 
+void test_main_window::styles_are_the_designed_ones()
+{
+    const QString panel =
+        "QWidget {background-color: qlineargradient(spread:pad, x1:0, y1:0, x2:0, y2:1,"
+        "stop: 0 rgba(240, 240, 240, 255),stop: 1 rgba(220, 220, 220, 255));"
+        "border: 1px solid #c7c7c7;";
+    for (const QWidget* one : {m_ui->widget1, m_ui->widget2, m_ui->widget3, m_ui->widget4,
+                               static_cast<QWidget*>(m_ui->groupBox)})
+        QVERIFY2(one->styleSheet().startsWith(panel), qPrintable(one->objectName()));
+    QVERIFY(m_ui->widget3->styleSheet().contains(
+        "QTableView {    border: none;    background-color: white;    gridline-color: #c7c7c7;"
+        "    selection-background-color: #a0a0a0;    selection-color: white;}"));
+    QVERIFY(m_ui->widget4->styleSheet().contains(
+        "QProgressBar {background-color: white;border-radius: 10px;}"
+        "QProgressBar::chunk {background-color: #53c9ff;border-radius: 8px;}"));
+    const auto image = [](const QString& name) {
+        return "QPushButton{border:none;background-color:transparent;image: url(./pic/com/" + name +
+               ".png);}";
+    };
+    const auto pushed = [](const QString& name) {
+        return "QPushButton:pressed {image: url(./pic/com/" + name + ".png);}";
+    };
+    QCOMPARE(m_ui->north->styleSheet(), image("north"));
+    QCOMPARE(m_ui->tuxing_control->styleSheet(), image("g_c") + pushed("g_c_push"));
+    QCOMPARE(m_ui->marlund->styleSheet(), image("marlund") + pushed("marlund_push"));
+}
+
+void test_main_window::signals_stand_in_their_order()
+{
+    QStringList declared;
+    const QMetaObject* meta = m_window->metaObject();
+    for (int at = meta->methodOffset(); at < meta->methodCount(); ++at) {
+        if (meta->method(at).methodType() == QMetaMethod::Signal)
+            declared += meta->method(at).name();
+    }
+    QCOMPARE(declared, (QStringList{"send_btm_sign_to_threadkey_read_data",
+                                    "send_btm_sign_to_threadkey_software_upgrade",
+                                    "send_btm_sign_to_threadkey_import_file",
+                                    "send_btm_sign_to_threadkey_device",
+                                    "send_btm_sign_to_threadkey_marlund",
+                                    "send_btm_sign_to_threadkey_delete_tableandmap",
+                                    "send_check_sign_to_threadkey_other",
+                                    "variableChanged",
+                                    "zuobiaochanged",
+                                    "relation_table",
+                                    "send_check_all",
+                                    "send_check_mianji",
+                                    "send_check_juli",
+                                    "send_check_hangdian",
+                                    "send_check_hangxian",
+                                    "send_check_hangji",
+                                    "send_check_fangyang",
+                                    "send_all_table_change",
+                                    "send_area_table_change",
+                                    "send_dist_table_change",
+                                    "send_point_table_change",
+                                    "send_line_table_change",
+                                    "send_track_table_change",
+                                    "send_fangyang_table_change"}));
+}
+
 // Language
 
 void test_main_window::language_switch_sets_every_text()
@@ -577,32 +655,40 @@ QVariant test_main_window::answer_of_page(const QString& script) const
     return answer;
 }
 
-/// Replaces the page's functions by some that note their calls.
-void test_main_window::record_page()
+/// Puts a page in place of the map's whose functions note their calls: those of
+/// the map's own pages cannot be replaced.
+page_recorder::page_recorder(QWebEngineView* view) : m_view(view), m_own(view->page())
 {
-    QTRY_COMPARE_WITH_TIMEOUT(answer_of_page("typeof clearMap").toString(),
-                              QStringLiteral("function"), 30'000);
-    QCOMPARE(answer_of_page("window.calls = [];"
-                            "clearMap = () => calls.push('clear');"
-                            "changelanguage = (n) => calls.push('language ' + n);"
-                            "beginLocatedCityPacket = (id, kind) => calls.push('begin ' + kind);"
-                            "appendLocatedCityPacket = (id, all) => calls.push('append');"
-                            "finishLocatedCityPacket = (id) => calls.push('finish');"
-                            "deleteDrawnPolygons = () => calls.push('delete');"
-                            "'ready'")
-                 .toString(),
-             QStringLiteral("ready"));
+    m_own->setParent(view->window()); // the view deletes a page that is its child
+    auto* recorder = new QWebEnginePage(view);
+    bool loaded = false;
+    QObject::connect(recorder, &QWebEnginePage::loadFinished, recorder, [&] { loaded = true; });
+    recorder->setHtml("<script>var calls = [];"
+                      "var clearMap = () => calls.push('clear');"
+                      "var changelanguage = (n) => calls.push('language ' + n);"
+                      "var beginLocatedCityPacket = (id, kind) => calls.push('begin ' + kind);"
+                      "var appendLocatedCityPacket = (id, all) => calls.push('append');"
+                      "var finishLocatedCityPacket = (id) => calls.push('finish');"
+                      "var deleteDrawnPolygons = () => calls.push('delete');</script>");
+    view->setPage(recorder);
+    ready = QTest::qWaitFor([&] { return loaded; }, 30'000);
+}
+
+page_recorder::~page_recorder()
+{
+    m_view->setPage(m_own);
+    m_own->setParent(m_view);
 }
 
 QString test_main_window::calls_of_page() const
 {
-    return answer_of_page("const all = window.calls.join(' | '); window.calls = []; all")
-        .toString();
+    return answer_of_page("window.calls.splice(0).join(' | ')").toString();
 }
 
 void test_main_window::scripts_reach_the_page_in_order()
 {
-    record_page();
+    const page_recorder recorder(m_ui->map);
+    QVERIFY(recorder.ready);
     deliver(sample_lists::of_methods({"面积", "航点"}));
     const QString area = "begin 1 | append | finish";
     const QString waypoint = "begin 3 | append | finish";
@@ -646,11 +732,14 @@ void test_main_window::scripts_reach_the_page_in_order()
 
 void test_main_window::language_reaches_the_page()
 {
-    record_page();
-    choose_english();
-    QCOMPARE(calls_of_page(), QStringLiteral("language 1"));
-    choose_chinese();
-    QCOMPARE(calls_of_page(), QStringLiteral("language 0"));
+    {
+        const page_recorder recorder(m_ui->map);
+        QVERIFY(recorder.ready);
+        choose_english();
+        QCOMPARE(calls_of_page(), QStringLiteral("language 1"));
+        choose_chinese();
+        QCOMPARE(calls_of_page(), QStringLiteral("language 0"));
+    }
     // A page loaded under English is told so.
     choose_english();
     m_ui->action_sky->trigger();
@@ -779,19 +868,31 @@ void test_main_window::help_boxes()
     QCOMPARE(watcher.boxes.size(), 3);
     QCOMPARE(watcher.boxes[0].icon, QMessageBox::NoIcon);
     QCOMPARE(watcher.boxes[0].title, QStringLiteral("关于 Velmo"));
-    QVERIFY(watcher.boxes[0].text.startsWith("软件名称：Velmo\n软件版本：V3.2.3\n"));
+    QVERIFY(watcher.boxes[0].text.startsWith("软件名称：Velmo\n软件版本：V3.2.3\nMarlund"));
     QCOMPARE(watcher.boxes[1].title, QStringLiteral("资料下载"));
     QCOMPARE(watcher.boxes[1].text, QStringLiteral("功能等待更新"));
     QCOMPARE(watcher.boxes[2].title, QStringLiteral("使用说明"));
-    const QStringList lines = watcher.boxes[2].text.split('\n');
-    QCOMPARE(lines.size(), 11);
-    QCOMPARE(lines.first(),
-             QStringLiteral(
-                 "1、主要流程：连接设备>>获取数据>>选择数据>>地图、图形显示>>数据、图形导出"));
-    QCOMPARE(lines[7],
-             QStringLiteral("8、数据导入:导出的数据文件进行再次导入到软件进行查看测量距离，"
-                            "面积、测量图形和采集时间等信息"));
-    QCOMPARE(lines.last(), QStringLiteral("11、关于：本软件信息"));
+    const QStringList help{
+        "1、主要流程：连接设备>>获取数据>>选择数据>>地图、图形显示>>数据、图形导出",
+        "2、获取数据：使用数据线将设备与电脑连接，点击获取数据按钮，软件会自动识别设备，并获取设备"
+        "中的数据",
+        "3、选择数据：可以直接勾选数据，也可以在数据列表中双击数据条目选择数据，还可以勾选全选按钮"
+        "选中所有数据",
+        "4、删除数据：将选中的数据全部删除",
+        "5、地图显示：地图上会将在数据列表中勾选的数据以图形的方式展现在地图上，并将定位到其地图中"
+        "心位置，地图必须在有网络的情况下使用",
+        "6、图形显示：在画板上将在数据列表中勾选的数据画成对应的图形（上北下南），每一条数据的图形"
+        "在起始点位置会有一个小圆圈，并且旁边会有一个数值索引，用于图形导出时与导出信息对应",
+        "7、数据导出：导出的内容有经纬度，海拔，距离，面积和采集时间等信息，文件格式为可以为CSV、DX"
+        "F、KML、GPX，导出文件可以保存到一个文件或者进行文件条目单独保存为多个文件，用户可根据实际"
+        "需要进行选择导出文件保存方式。导出文件以其对应的采集时间命名",
+        "8、数据导入:"
+        "导出的数据文件进行再次导入到软件进行查看测量距离，面积、测量图形和采集时间等信息",
+        "9、图形导出：以截图方式保存显示的地图或者图形",
+        "10、坐标格式：用于设置导出数据的格式，默认格式是“度”",
+        "11、关于：本软件信息",
+    };
+    QCOMPARE(watcher.boxes[2].text, help.join('\n'));
     for (const box_watcher::seen_box& box : std::as_const(watcher.boxes))
         QCOMPARE(box.buttons, QMessageBox::Ok);
 }
@@ -1179,16 +1280,44 @@ void test_main_window::time_is_taken_as_typed()
     QVERIFY(log.has("Updated main table time: row 0 time \"yesterday\""));
 }
 
-void test_main_window::number_column_is_accepted_and_ignored()
+void test_main_window::number_and_type_columns_are_accepted_and_ignored()
 {
     deliver(sample_lists::of_methods({"面积"}));
     const QList<measuringData> before = m_window->table_list;
     m_window->model->item(0, 1)->setText("99");
     QCOMPARE(m_window->model->item(0, 1)->text(), QStringLiteral("99"));
     QCOMPARE(m_window->model_area->item(0, 1)->text(), QStringLiteral("1"));
+    m_window->model->item(0, 4)->setText("距离");
+    QCOMPARE(m_window->model->item(0, 4)->text(), QStringLiteral("距离"));
     QCOMPARE(m_window->table_list, before);
     m_window->rebuild_tables();
     QCOMPARE(m_window->model->item(0, 1)->text(), QStringLiteral("1"));
+    QCOMPARE(m_window->model->item(0, 4)->text(), QStringLiteral("面积"));
+}
+
+void test_main_window::a_measurement_without_points_is_legal()
+{
+    measuringData record;
+    record.method = "航点";
+    m_window->recast_table(0, {record}, {""}, {""}, {QList<point_msg>()});
+    QCOMPARE(m_window->model_point->item(0, 2)->text(), QStringLiteral("0"));
+    m_ui->checkBox->setChecked(true);
+    QVERIFY(ticked(m_window->model_point, 0));
+    QTRY_COMPARE(m_ui->label_point->text(), QStringLiteral("0点"));
+    QTRY_COMPARE(m_ui->totalchecked->text(), QStringLiteral("1"));
+    QCOMPARE(m_ui->label_tiao->text(), QStringLiteral("1条"));
+    m_ui->delect_tableandmap->click();
+    QVERIFY(m_window->table_list.isEmpty());
+}
+
+void test_main_window::an_import_is_appended_like_a_read()
+{
+    const sample_lists lists = sample_lists::named({"a", "b"});
+    for (int command = 0; command <= 1; ++command)
+        m_window->recast_table(command, lists.table_list, lists.data_msg, lists.data_msg_altitude,
+                               lists.point_msg_all);
+    QCOMPARE(m_window->model->rowCount(), 4);
+    QCOMPARE(m_window->model->item(2, 2)->text(), QStringLiteral("a"));
 }
 
 void test_main_window::edit_without_relation_is_dropped()

@@ -254,6 +254,7 @@ private slots:
 
     void totals();
     void totals_of_nothing_ticked();
+    void totals_keep_six_digits_and_whole_metres();
     void totals_are_translated();
 
     void signals_in_declaration_order();
@@ -921,6 +922,25 @@ void test_thread_key::totals_of_nothing_ticked()
     QCOMPARE(information.calls.size(), std::size_t(2));
     QVERIFY(information.calls.at(0) == zero);
     QVERIFY(information.calls.at(1) == zero);
+}
+
+void test_thread_key::totals_keep_six_digits_and_whole_metres()
+{
+    thread_key hub;
+    window_side window(hub, {u"面积"_s, u"面积"_s});
+    for (measuringData& record : window.table_list) {
+        record.areameter = "900.5"; // with a decimal point, and so counted as 0
+        record.areamu = "617283.9";
+        record.distance = "61728.39";
+    }
+    const recorder information(hub, &thread_key::information);
+    window_side::tick(window.model, 0);
+    window_side::tick(window.model, 1);
+    hub.check_countmsg(&window.model, window.table_list, window.data_msg);
+    QCOMPARE(information.calls.size(), std::size_t(1));
+    QCOMPARE(std::get<1>(information.calls.at(0)), "0");
+    QCOMPARE(std::get<2>(information.calls.at(0)), "1.23457e+06");
+    QCOMPARE(std::get<3>(information.calls.at(0)), "123457");
 }
 
 void test_thread_key::totals_are_translated()

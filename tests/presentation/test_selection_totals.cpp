@@ -39,6 +39,7 @@ private slots:
     void one_waypoint_of_three();
     void sums_run_over_the_ticked_rows();
     void square_metres_with_a_point_count_as_zero();
+    void what_cannot_be_read_counts_as_zero();
     void mu_and_length_have_six_significant_digits();
     void sums_beyond_32_bits();
     void lists_shorter_than_the_model();
@@ -119,6 +120,24 @@ void test_selection_totals::square_metres_with_a_point_count_as_zero()
     QCOMPARE(totals.areameter, "1234");
 }
 
+void test_selection_totals::what_cannot_be_read_counts_as_zero()
+{
+    // Whole numbers take no exponent and no decimals, not even ".0"; mu and
+    // length take both, and blanks around a number hurt neither.
+    QStandardItemModel model;
+    fill(model, {true, true, true, true, true});
+    const selection_totals totals =
+        totals_of(model,
+                  {record("1e3", "1e3", "-5", "2.0"), record("", "", "", ""),
+                   record("12 m", "12 m", "1,5", "x"), record(" 7 ", " 2.5 ", " 0.25 ", " 3 "),
+                   record("99999999999", "0.5", "10", "99999999999")},
+                  {"", "", "", "", ""});
+    QCOMPARE(totals.areameter, "7");
+    QCOMPARE(totals.areamu, "1003");
+    QCOMPARE(totals.length, "5.25");
+    QCOMPARE(totals.points, "3");
+}
+
 void test_selection_totals::mu_and_length_have_six_significant_digits()
 {
     // A total over a million turns to exponent form, and smaller ones lose what
@@ -134,6 +153,10 @@ void test_selection_totals::mu_and_length_have_six_significant_digits()
                        {"", ""});
     QCOMPARE(totals.areamu, "99999.4");
     QCOMPARE(totals.length, "999999");
+    totals = totals_of(model, {record("0", "1000000", "0.00001", "0"), record("0", "0", "0", "0")},
+                       {"", ""});
+    QCOMPARE(totals.areamu, "1e+06");
+    QCOMPARE(totals.length, "1e-05");
 }
 
 void test_selection_totals::sums_beyond_32_bits()

@@ -1,0 +1,202 @@
+// The delegate of the ticks by itself: what it draws, what it answers to each
+// event, and the order of its writes.
+
+#include "presentation/check_box_delegate.h"
+#include "presentation/other_information.h"
+#include "presentation/table_display.h"
+#include "support/log_capture.h"
+
+#include <QApplication>
+#include <QImage>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QSignalSpy>
+#include <QStandardItemModel>
+#include <QStyleOptionButton>
+#include <QTest>
+
+namespace {
+
+/// Odd differences to the indicator's size show which way halves are cut.
+constexpr QRect cell(3, 5, 42, 25);
+
+QRect indicator_place()
+{
+    const QStyleOptionButton button;
+    const QRect indicator =
+        QApplication::style()->subElementRect(QStyle::SE_CheckBoxIndicator, &button);
+    return {cell.x() + cell.width() / 2 - indicator.width() / 2,
+            cell.y() + cell.height() / 2 - indicator.height() / 2, indicator.width(),
+            indicator.height()};
+}
+
+QImage blank()
+{
+    QImage image(60, 40, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    return image;
+}
+
+QStyleOptionViewItem option()
+{
+    QStyleOptionViewItem made;
+    made.rect = cell;
+    return made;
+}
+
+} // namespace
+
+class test_check_box_delegate : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void draws_the_styles_check_box_data();
+    void draws_the_styles_check_box();
+    void answers_to_events_data();
+    void answers_to_events();
+    void writes_emits_and_writes_again();
+    void tells_the_success_and_not_the_tick();
+    void unused_threads_log_their_labels();
+};
+
+void test_check_box_delegate::draws_the_styles_check_box_data()
+{
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<bool>("on");
+    QTest::newRow("no value") << QVariant() << false;
+    QTest::newRow("false") << QVariant(false) << false;
+    QTest::newRow("true") << QVariant(true) << true;
+}
+
+void test_check_box_delegate::draws_the_styles_check_box()
+{
+    QFETCH(QVariant, value);
+    QFETCH(bool, on);
+    QStandardItemModel model(1, 2);
+    model.setData(model.index(0, 0), value);
+
+    QImage drawn = blank();
+    {
+        QPainter painter(&drawn);
+        CheckBoxDelegate().paint(&painter, option(), model.index(0, 0));
+    }
+    QImage expected = blank();
+    {
+        QPainter painter(&expected);
+        QStyleOptionButton button;
+        button.rect = indicator_place();
+        button.state = QStyle::State_Enabled | (on ? QStyle::State_On : QStyle::State_Off);
+        QApplication::style()->drawControl(QStyle::CE_CheckBox, &button, &painter);
+    }
+    QCOMPARE(drawn, expected);
+    QVERIFY(drawn != blank());
+}
+
+void test_check_box_delegate::answers_to_events_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<int>("button_or_key");
+    QTest::addColumn<QPoint>("place");
+    QTest::addColumn<bool>("answer");
+    QTest::addColumn<bool>("toggles");
+    const QPoint inside = indicator_place().center();
+    const QPoint outside = cell.topLeft() + QPoint(1, 1);
+    const int release = QEvent::MouseButtonRelease;
+    const int double_click = QEvent::MouseButtonDblClick;
+    const int key = QEvent::KeyPress;
+    QTest::newRow("release on the box") << release << int(Qt::LeftButton) << inside << true << true;
+    QTest::newRow("release at its last pixel")
+        << release << int(Qt::LeftButton) << indicator_place().bottomRight() << true << true;
+    QTest::newRow("release one pixel beside it")
+        << release << int(Qt::LeftButton) << indicator_place().bottomRight() + QPoint(1, 0) << true
+        << false;
+    QTest::newRow("release outside") << release << int(Qt::LeftButton) << outside << true << false;
+    QTest::newRow("release of the right button")
+        << release << int(Qt::RightButton) << inside << true << false;
+    QTest::newRow("double click") << double_click << int(Qt::LeftButton) << inside << true << false;
+    QTest::newRow("double click of the right button")
+        << double_click << int(Qt::RightButton) << inside << true << false;
+    QTest::newRow("press") << int(QEvent::MouseButtonPress) << int(Qt::LeftButton) << inside
+                           << false << false;
+    QTest::newRow("space") << key << int(Qt::Key_Space) << QPoint() << true << true;
+    QTest::newRow("select") << key << int(Qt::Key_Select) << QPoint() << true << true;
+    QTest::newRow("return") << key << int(Qt::Key_Return) << QPoint() << false << false;
+    QTest::newRow("letter") << key << int(Qt::Key_A) << QPoint() << false << false;
+    QTest::newRow("key release") << int(QEvent::KeyRelease) << int(Qt::Key_Space) << QPoint()
+                                 << false << false;
+}
+
+void test_check_box_delegate::answers_to_events()
+{
+    QFETCH(int, type);
+    QFETCH(int, button_or_key);
+    QFETCH(QPoint, place);
+    QFETCH(bool, answer);
+    QFETCH(bool, toggles);
+    QStandardItemModel model(1, 1);
+    CheckBoxDelegate delegate;
+    const QModelIndex index = model.index(0, 0);
+    std::unique_ptr<QEvent> event;
+    if (type == QEvent::KeyPress || type == QEvent::KeyRelease)
+        event = std::make_unique<QKeyEvent>(QEvent::Type(type), button_or_key, Qt::NoModifier);
+    else
+        event = std::make_unique<QMouseEvent>(QEvent::Type(type), QPointF(place), QPointF(place),
+                                              Qt::MouseButton(button_or_key),
+                                              Qt::MouseButton(button_or_key), Qt::NoModifier);
+    QCOMPARE(delegate.editorEvent(event.get(), &model, option(), index), answer);
+    QCOMPARE(index.data().toBool(), toggles);
+    if (toggles) {
+        delegate.editorEvent(event.get(), &model, option(), index);
+        QVERIFY(!index.data().toBool());
+    }
+}
+
+void test_check_box_delegate::writes_emits_and_writes_again()
+{
+    QStandardItemModel model(1, 1);
+    CheckBoxDelegate delegate;
+    QStringList order;
+    connect(&model, &QStandardItemModel::itemChanged, this, [&](QStandardItem* item) {
+        order += item->data(Qt::DisplayRole).toBool() ? "on" : "off";
+    });
+    // What a slot does to the cell is overwritten by the second write.
+    connect(&delegate, &CheckBoxDelegate::checkboxStateChanged, this, [&] {
+        order += "signal";
+        model.setData(model.index(0, 0), false);
+    });
+    QKeyEvent space(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier);
+    QVERIFY(delegate.editorEvent(&space, &model, option(), model.index(0, 0)));
+    QCOMPARE(order, (QStringList{"on", "signal", "off", "on"}));
+    QVERIFY(model.index(0, 0).data().toBool());
+}
+
+void test_check_box_delegate::tells_the_success_and_not_the_tick()
+{
+    QStandardItemModel model(1, 1);
+    CheckBoxDelegate delegate;
+    QSignalSpy changed(&delegate, &CheckBoxDelegate::checkboxStateChanged);
+    QKeyEvent space(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier);
+    for (int round = 0; round < 2; ++round)
+        delegate.editorEvent(&space, &model, option(), model.index(0, 0));
+    QCOMPARE(changed.size(), 2);
+    QCOMPARE(changed[0][0].toBool(), true);
+    QCOMPARE(changed[1][0].toBool(), true); // the untick succeeded as well
+}
+
+void test_check_box_delegate::unused_threads_log_their_labels()
+{
+    const log_capture log;
+    table_display display;
+    other_information information;
+    for (QThread* thread : {static_cast<QThread*>(&display), static_cast<QThread*>(&information)}) {
+        thread->start();
+        QVERIFY(thread->wait(10'000));
+    }
+    QVERIFY(log.texts().at(0).startsWith("table_display ID: "));
+    QVERIFY(log.texts().at(1).startsWith("other_information ID: "));
+}
+
+QTEST_MAIN(test_check_box_delegate)
+#include "test_check_box_delegate.moc"

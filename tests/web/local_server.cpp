@@ -1,0 +1,97 @@
+#include "local_server.h"
+
+#include <QBuffer>
+#include <QFile>
+#include <QImage>
+#include <QProcess>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QSslKey>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+
+namespace {
+
+/// A certificate of the day, signed by nobody.
+QSslConfiguration own_certificate()
+{
+    const QTemporaryDir folder;
+    const QString key = folder.filePath(QStringLiteral("key.pem"));
+    const QString certificate = folder.filePath(QStringLiteral("certificate.pem"));
+    QProcess openssl;
+    openssl.start(QStringLiteral("openssl"),
+                  {"req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "1", "-subj",
+                   "/CN=tiles.example", "-keyout", key, "-out", certificate});
+    if (!openssl.waitForFinished(30'000) || openssl.exitCode() != 0)
+        qFatal("openssl made no certificate: %s", openssl.readAllStandardError().constData());
+    QFile key_file(key);
+    if (!key_file.open(QIODevice::ReadOnly))
+        qFatal("no key was written");
+    QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+    configuration.setPrivateKey(QSslKey(&key_file, QSsl::Rsa));
+    configuration.setLocalCertificateChain(QSslCertificate::fromPath(certificate));
+    configuration.setPeerVerifyMode(QSslSocket::VerifyNone);
+    return configuration;
+}
+
+} // namespace
+
+local_server::local_server(kind wanted, QObject* parent) : QObject(parent), m_kind(wanted)
+{
+    QImage tile(256, 256, QImage::Format_RGB32);
+    tile.fill(QColor(0xb8, 0xe0, 0xb0));
+    QBuffer buffer(&body);
+    tile.save(&buffer, "PNG");
+
+    if (wanted == kind::tls) {
+        auto server = std::make_unique<QSslServer>();
+        server->setSslConfiguration(own_certificate());
+        m_server = std::move(server);
+    } else {
+        m_server = std::make_unique<QTcpServer>();
+    }
+    // For TLS once the handshake is done.
+    connect(m_server.get(), &QTcpServer::pendingConnectionAvailable, this, [this] {
+        while (QTcpSocket* socket = m_server->nextPendingConnection()) {
+            ++connections;
+            serve(socket);
+        }
+    });
+    if (!m_server->listen(QHostAddress::LocalHost))
+        qFatal("the local server cannot listen");
+}
+
+QString local_server::address() const
+{
+    return QStringLiteral("%1://127.0.0.1:%2")
+        .arg(m_kind == kind::tls ? QStringLiteral("https") : QStringLiteral("http"))
+        .arg(port());
+}
+
+void local_server::serve(QTcpSocket* socket)
+{
+    connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+    const auto answer = [this, socket] {
+        while (socket->canReadLine()) {
+            const QByteArray line = socket->readLine().trimmed();
+            const QVariant path = socket->property("path");
+            if (line.startsWith("GET ") || line.startsWith("POST ") || line.startsWith("OPTIONS "))
+                socket->setProperty("path", line.split(' ').value(1));
+            else if (line.toLower().startsWith("host:"))
+                socket->setProperty("host", line.mid(5).trimmed());
+            else if (line.isEmpty() && path.isValid()) {
+                requests += socket->property("host").toString() + path.toString();
+                socket->setProperty("path", QVariant());
+                const QByteArray sent = open ? body : QByteArray();
+                socket->write(QByteArray(open ? "HTTP/1.1 200 OK" : "HTTP/1.1 503 Closed") +
+                              "\r\nContent-Type: " + body_type +
+                              "\r\nCache-Control: no-store\r\nAccess-Control-Allow-Origin: *" +
+                              "\r\nConnection: close\r\nContent-Length: " +
+                              QByteArray::number(sent.size()) + "\r\n\r\n" + sent);
+                socket->disconnectFromHost();
+            }
+        }
+    };
+    connect(socket, &QTcpSocket::readyRead, this, answer);
+    answer();
+}
