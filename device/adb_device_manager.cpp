@@ -97,14 +97,16 @@ void AdbDeviceManager::checkDevices()
 void AdbDeviceManager::onAdbDevicesFinished(int /*exitCode*/, QProcess::ExitStatus /*exitStatus*/)
 {
     const QMap<QString, bool> devices = ready_devices(process.readAllStandardOutput());
-    const QMap<QString, bool> before = known_devices;
+    // Each device is entered before it is told of: a slot may show a box, during
+    // which the next poll comes in.
     for (const QString& serial : devices.keys()) {
-        if (!before.contains(serial))
-            emit deviceAttached(serial);
+        if (known_devices.contains(serial))
+            continue;
+        known_devices.insert(serial, true);
+        emit deviceAttached(serial);
     }
-    for (const QString& serial : before.keys()) {
-        if (!devices.contains(serial))
+    for (const QString& serial : known_devices.keys()) {
+        if (!devices.contains(serial) && known_devices.remove(serial) > 0)
             emit deviceDetached(serial);
     }
-    known_devices = devices;
 }

@@ -2,6 +2,7 @@
 
 #include "core/records.h"
 
+#include <QPointer>
 #include <QThread>
 
 class AdbStringChannel;
@@ -19,8 +20,10 @@ class data_to_device : public QThread
 public:
     using QThread::QThread;
 
-    QSerialPort* port = nullptr;         ///< the program's one serial port, shared by serial_thread
-    AdbStringChannel* channel = nullptr; ///< the current Android channel, or null
+    QSerialPort* port = nullptr; ///< the program's one serial port, shared by serial_thread
+    /// The current Android channel; null also when its owner has deleted it, which
+    /// it may without a word when another device takes its place.
+    QPointer<AdbStringChannel> channel;
 
 public slots:
     /// Sends the rows that are ticked in `model`.

@@ -21,6 +21,8 @@
 #include <poll.h>
 #endif
 
+#include <utility>
+
 namespace {
 
 // Milliseconds.
@@ -35,8 +37,8 @@ constexpr int export_timeout = 5000;
 constexpr int socket_read_delay = 100;
 constexpr int write_timeout = 1000;
 
-/// Bytes that wait in the port while nobody reads; more stay with the driver. An
-/// instrument that talks unasked must not fill the memory.
+/// Bytes that wait in the port while no text download is on; more stay with the
+/// driver. An instrument that talks unasked must not fill the memory.
 constexpr qint64 port_buffer_size = 1 << 20;
 
 /// Asks an instrument of the text protocol for its memory.
@@ -109,8 +111,10 @@ bool is_export_data(std::uint8_t command)
 bool has_hung_up([[maybe_unused]] QSerialPort& port)
 {
 #ifdef Q_OS_UNIX
+    if (!port.isOpen())
+        return false;
     pollfd line{port.handle(), 0, 0};
-    return port.isOpen() && poll(&line, 1, 0) > 0 && (line.revents & POLLHUP) != 0;
+    return poll(&line, 1, 0) > 0 && (line.revents & POLLHUP) != 0;
 #else
     return false;
 #endif
@@ -171,6 +175,9 @@ void serial_thread::detect_ports()
         if (listed.description.startsWith(u"USB") && open_port(listed))
             break;
     }
+    // Behind a full buffer nobody watches the line.
+    if (port_connected && has_hung_up(*port))
+        handle_serial_error(QSerialPort::ResourceError);
     if (port_connected && !port->isOpen()) {
         port_connected = false;
         port->close();
@@ -217,7 +224,7 @@ void serial_thread::close_serial()
     port->close();
     port_connected = false;
     emit LED_control(false);
-    text_buffer.clear();
+    clear_text();
     show_box(QMessageBox::Information, box_port_title, QStringLiteral("设备连接有误"));
     qDebug() << "Serial port closed.";
 }
@@ -266,10 +273,11 @@ void serial_thread::first_attempt(AdbStringChannel* attempted)
     }
     connect(channel, &AdbStringChannel::channelClosed, this,
             [this, attempted] { channel_lost(attempted); });
+    const QPointer<AdbStringChannel> announced = attempted;
     emit LED_2_control(true);
     show_box(QMessageBox::Information, box_port_title, QStringLiteral("安卓设备已连接"));
-    // It may have been lost while the box was shown.
-    if (channel != attempted)
+    // It may have been lost while the box was shown, and another have its address.
+    if (announced.isNull() || channel != announced)
         return;
     android_connected = 1;
     emit adbchannel_in(channel);
@@ -328,6 +336,15 @@ void serial_thread::end_android_read()
         finish_export(false, read_failed);
 }
 
+void serial_thread::android_channel_closed()
+{
+    // Not within the channel's own signal, for the sake of the box.
+    QTimer::singleShot(0, this, [this] {
+        if (channel == nullptr || channel->socket == nullptr)
+            end_android_read();
+    });
+}
+
 // The read conversation.
 
 void serial_thread::recv_cmd_from_key(int command, QList<measuringData> new_table_list,
@@ -338,7 +355,7 @@ void serial_thread::recv_cmd_from_key(int command, QList<measuringData> new_tabl
     data_msg = new_data_msg;
     data_msg_altitude = new_data_msg_altitude;
     point_msg_all = point_msg_all_o;
-    text_buffer.clear();
+    clear_text();
     if (command == 1)
         read_device();
 }
@@ -366,11 +383,8 @@ bool serial_thread::read_serial()
     emit button_control(false);
     emit read_data_set_progressbar(0);
 
-    const QByteArray data = ask_for_text();
-    if (!data.isEmpty()) {
-        read_text(data);
+    if (read_text())
         return true;
-    }
     if (serial_probe() != 0)
         report_no_answer();
     return false;
@@ -415,13 +429,23 @@ QByteArray serial_thread::ask_for_text()
     return data;
 }
 
-void serial_thread::read_text(const QByteArray& first)
+/// Reads an instrument of the text protocol; false when this is none.
+bool serial_thread::read_text()
 {
-    text_loop(first);
+    // A box that someone else shows holds the waits up, while an instrument goes on
+    // talking that knows no stop: nothing may get lost.
+    port->setReadBufferSize(text_limit);
+    const QByteArray data = ask_for_text();
+    if (!data.isEmpty())
+        text_loop(data);
+    port->setReadBufferSize(port_buffer_size);
+    if (data.isEmpty())
+        return false;
     emit read_data_finished(table_list, data_msg, data_msg_altitude, point_msg_all);
     emit read_data_set_progressbar(100);
     show_box(QMessageBox::Information, box_read_title, QStringLiteral("数据读取完成"));
     emit button_control(true);
+    return true;
 }
 
 void serial_thread::read_android()
@@ -483,9 +507,9 @@ QByteArray serial_thread::wait_for_probe_reply()
     QByteArray reply;
     QElapsedTimer elapsed;
     elapsed.start();
-    while (elapsed.elapsed() < probe_wait && port->isOpen()) {
-        if (port->bytesAvailable() == 0 &&
-            !port->waitForReadyRead(probe_wait - static_cast<int>(elapsed.elapsed())))
+    for (qint64 left = probe_wait; left > 0 && port->isOpen();
+         left = probe_wait - elapsed.elapsed()) {
+        if (port->bytesAvailable() == 0 && !port->waitForReadyRead(static_cast<int>(left)))
             break;
         const QByteArray data = port->readAll();
         log_rx(data);
@@ -511,6 +535,9 @@ int serial_thread::android_probe()
     adb_rx_buffer.clear();
     connect(channel->socket, &QTcpSocket::readyRead, this,
             &serial_thread::new_recive_data_from_android_device, Qt::UniqueConnection);
+    // A channel that only its second attempt opened has nobody else to tell.
+    connect(channel, &AdbStringChannel::channelClosed, this, &serial_thread::android_channel_closed,
+            Qt::UniqueConnection);
     device_token = answer.mid(token_offset, token_size);
     path = read_path::android;
     send_export_request();
@@ -536,7 +563,8 @@ void serial_thread::send_export_request()
     }
     send_frame(frame::build_frame(frame::export_request, 0, device_token), android);
     // The Android channel has no time-out: a silent instrument leaves its read open.
-    if (!android)
+    // While the request was written the read may have ended.
+    if (!android && export_active)
         export_timer->start(export_timeout);
 }
 
@@ -599,17 +627,28 @@ serial_thread::frame_verdict serial_thread::take_serial_frame(const QByteArray& 
 
 void serial_thread::new_recive_data_from_android_device()
 {
-    do {
-        ::wait(socket_read_delay); // more of a frame may be on its way
-        // The channel may be gone after the wait.
-        adb_rx_buffer += read_socket();
-        QByteArray frame;
-        while (frame::extract_frame(adb_rx_buffer, frame)) {
-            if (take_android_frame(frame) == frame_verdict::ended)
-                return;
-        }
-    } while (channel != nullptr && channel->socket != nullptr &&
-             channel->socket->bytesAvailable() > 0);
+    // A read may show a box, whose event loop can see the channel and its socket
+    // deleted: that must not happen within the socket's own signal.
+    if (std::exchange(android_read_due, true))
+        return;
+    // More of a frame may be on its way.
+    QTimer::singleShot(socket_read_delay, this, &serial_thread::read_android_frames);
+}
+
+void serial_thread::read_android_frames()
+{
+    android_read_due = false;
+    if (path != read_path::android)
+        return; // the read has ended meanwhile
+    adb_rx_buffer += read_socket();
+    QByteArray frame;
+    while (frame::extract_frame(adb_rx_buffer, frame)) {
+        if (take_android_frame(frame) == frame_verdict::ended)
+            return;
+    }
+    // Bytes that came while a request was written need not be announced again.
+    if (channel != nullptr && channel->socket != nullptr && channel->socket->bytesAvailable() > 0)
+        new_recive_data_from_android_device();
 }
 
 serial_thread::frame_verdict serial_thread::take_android_frame(const QByteArray& frame)
@@ -618,7 +657,7 @@ serial_thread::frame_verdict serial_thread::take_android_frame(const QByteArray&
     qDebug() << "ADB protocol frame, command:" << command << "length:" << frame.size();
     if (is_export_data(command)) {
         process_export_frame(frame);
-        return frame_verdict::more;
+        return path == read_path::android ? frame_verdict::more : frame_verdict::ended;
     }
     if (is_good_reply(frame, frame::export_request)) {
         finish_export(true, QStringLiteral("数据读取成功"));
@@ -670,6 +709,7 @@ void serial_thread::finish_export(bool success, const QString& message)
 void serial_thread::process_export_frame(QByteArrayView frame)
 {
     qDebug() << "into    setp2    !!!!!!!!!!!!!!!!! ";
+    const read_path path_before = path;
     const bool good = frame.size() >= frame::overhead &&
                       (frame::read_u8(frame, 1) == frame::measurement_head ? take_head(frame)
                                                                            : take_points(frame));
@@ -677,6 +717,9 @@ void serial_thread::process_export_frame(QByteArrayView frame)
         finish_export(false, QStringLiteral("数据读取失败"));
         return;
     }
+    // The read may have ended while others took what it has delivered.
+    if (path != path_before)
+        return;
     qDebug() << "table_list.size" << table_list.size();
     retry_count = 0;
     export_active = true;
@@ -791,7 +834,14 @@ void serial_thread::finish_measurement()
 
 void serial_thread::text_loop(QByteArray data)
 {
+    qint64 received = 0;
     while (!data.isEmpty()) {
+        received += data.size();
+        if (received > text_limit) {
+            qWarning() << "text download given up, bytes received:" << received;
+            clear_text();
+            return;
+        }
         text_buffer += QString::fromUtf8(data);
         take_text();
         ::wait(text_pause);
@@ -800,16 +850,28 @@ void serial_thread::text_loop(QByteArray data)
     }
 }
 
+void serial_thread::clear_text()
+{
+    text_buffer.clear();
+    text_seen = {};
+}
+
 /// Parses what has been gathered once it holds as many records as are announced.
 void serial_thread::take_text()
 {
-    const qsizetype announced = text_buffer.indexOf(u'N');
-    if (announced < 0) {
+    const QStringView fresh = QStringView(text_buffer).mid(text_seen.size);
+    if (text_seen.announced < 0) {
+        const qsizetype at = fresh.indexOf(u'N');
+        text_seen.announced = at < 0 ? at : text_seen.size + at;
+    }
+    text_seen.records += fresh.count(u'!');
+    text_seen.size = text_buffer.size();
+    if (text_seen.announced < 0) {
         qDebug() << "The character 'N' was not found in the string.";
         return;
     }
-    const int total = text_buffer.mid(announced + 1, 4).toInt();
-    const qsizetype count = text_buffer.count(u'!');
+    const int total = text_buffer.mid(text_seen.announced + 1, 4).toInt();
+    const qsizetype count = text_seen.records;
     // Less than four digits before a comma, or no number at all: nothing can be
     // said about the progress, and more may come.
     if (total <= 0)
@@ -817,6 +879,7 @@ void serial_thread::take_text()
     emit read_data_set_progressbar(static_cast<int>(count * 100 / total));
     if (total > count)
         return;
+    text_seen = {}; // what stays behind is looked at anew
     if (text_buffer.startsWith(u"\r\n"))
         text_buffer.remove(0, 2);
     if (text_buffer.startsWith(u'\n'))

@@ -122,8 +122,12 @@ public:
     // Text records. Each parser returns 0 when the record was added to the lists
     // and 1 when it was not understood or was there already.
 
+    /// Bytes of one text download, far more than an instrument's memory holds; an
+    /// instrument that has said more will never stop.
+    qint64 text_limit = 64 << 20;
     /// Gathers text records, beginning with `data`, until nothing has come for
     /// 200 ms. They are parsed when as many have come as the first one announces.
+    /// Beyond `text_limit` bytes it gives up.
     void text_loop(QByteArray data);
     /// Parses one record by its kind and form; what is no record is passed over.
     void parse_record(const QString& text);
@@ -186,16 +190,18 @@ private:
     void channel_lost(AdbStringChannel* lost);
     void forget_channel();
     void end_android_read();
+    void android_channel_closed();
 
     bool read_serial();
     void log_port_state() const;
     void write_text_command();
     QByteArray ask_for_text();
-    void read_text(const QByteArray& first);
+    bool read_text();
     void read_android();
     void report_no_answer();
     QByteArray wait_for_probe_reply();
     QByteArray read_socket();
+    void read_android_frames();
     void send_frame(const QByteArray& raw, bool android);
 
     frame_verdict take_serial_frame(const QByteArray& frame);
@@ -205,10 +211,20 @@ private:
     void store_points(QByteArrayView frame, int count);
     void finish_measurement();
 
+    void clear_text();
     void take_text();
     int add_text_record(text_records::kind what, const QRegularExpression& record_pattern,
                         const QRegularExpression& point_pattern, const QString& text);
     bool has_text_record(const measuringData& record, const QString& lines) const;
 
     read_path path = read_path::none;
+    /// What take_text knows already of text_buffer.
+    struct seen_text
+    {
+        qsizetype size = 0;       ///< characters looked at
+        qsizetype records = 0;    ///< exclamation marks among them
+        qsizetype announced = -1; ///< index of the first "N", or -1
+    };
+    seen_text text_seen;
+    bool android_read_due = false; ///< read_android_frames is about to run
 };

@@ -102,9 +102,12 @@ void adb_connection::open_stream(const adb_message& message)
     stream& opened = m_streams[local_id];
     opened.remote_id = remote_id;
     opened.may_write = true;
-    opened.talk = std::make_unique<conversation>(
-        QStringLiteral("adb-%1").arg(local_id), m_make_protocol(), m_log,
-        [this, local_id](const QByteArray& bytes) { write(local_id, bytes); });
+    opened.talk =
+        std::make_unique<conversation>(QStringLiteral("adb-%1").arg(local_id), m_make_protocol(),
+                                       m_log, [this, local_id](const QByteArray& bytes) {
+                                           write(local_id, bytes);
+                                           return true;
+                                       });
     send(adb_command::okay, local_id, remote_id);
 }
 

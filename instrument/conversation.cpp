@@ -5,7 +5,7 @@
 namespace instrument {
 
 conversation::conversation(QString line, std::unique_ptr<protocol> spoken, byte_log* log,
-                           std::function<void(const QByteArray&)> write, QObject* parent)
+                           std::function<bool(const QByteArray&)> write, QObject* parent)
     : QObject(parent), m_line(std::move(line)), m_protocol(std::move(spoken)), m_log(log),
       m_write(std::move(write))
 {
@@ -34,9 +34,8 @@ void conversation::write_due()
             return;
         }
         const chunk due = m_waiting.dequeue();
-        if (m_log != nullptr)
+        if (m_write(due.bytes) && m_log != nullptr)
             m_log->out(m_line, due.bytes);
-        m_write(due.bytes);
     }
 }
 

@@ -19,10 +19,11 @@ class conversation : public QObject
     Q_OBJECT
 
 public:
-    /// `write` takes each chunk as one write. `log` may be null, otherwise it
+    /// `write` takes each chunk as one write; false when the line has lost it, which
+    /// the log then does not show as sent. `log` may be null, otherwise it
     /// must outlive the conversation; `line` names it there.
     conversation(QString line, std::unique_ptr<protocol> spoken, byte_log* log,
-                 std::function<void(const QByteArray&)> write, QObject* parent = nullptr);
+                 std::function<bool(const QByteArray&)> write, QObject* parent = nullptr);
 
     void receive(QByteArrayView bytes);
 
@@ -32,7 +33,7 @@ private:
     QString m_line;
     std::unique_ptr<protocol> m_protocol;
     byte_log* m_log;
-    std::function<void(const QByteArray&)> m_write;
+    std::function<bool(const QByteArray&)> m_write;
     QQueue<chunk> m_waiting;
     QTimer m_timer; ///< runs for the first of m_waiting
 };

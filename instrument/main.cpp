@@ -263,6 +263,8 @@ std::unique_ptr<pseudo_terminal> start_serial(const command_line& command,
                                               const protocol_factory& factory, byte_log& log)
 {
     const auto baud = static_cast<int>(command.number_of(&options::baud, 1, 921600));
+    if (!pseudo_terminal::has_speed(baud))
+        fail(QStringLiteral("a serial port has no speed of %1 baud").arg(baud));
     auto terminal = std::make_unique<pseudo_terminal>(baud, factory, &log);
     QString error;
     if (!terminal->start(command.text(&options::link), error))

@@ -3,6 +3,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
@@ -46,8 +47,9 @@ QString last_error()
 
 pseudo_terminal::pseudo_terminal(int baud, protocol_factory make_protocol, byte_log* log,
                                  QObject* parent)
-    : QObject(parent), m_baud(baud), m_log(log),
-      m_talk(log_line, make_protocol(), log, [this](const QByteArray& bytes) { write(bytes); })
+    : QObject(parent), m_baud(baud), m_log(log), m_noted_baud(baud),
+      m_talk(log_line, make_protocol(), log,
+             [this](const QByteArray& bytes) { return write(bytes); })
 {
 }
 
@@ -112,6 +114,20 @@ bool pseudo_terminal::make_link(const QString& link, QString& error)
     return true;
 }
 
+bool pseudo_terminal::has_speed(int baud)
+{
+    return std::any_of(speeds.begin(), speeds.end(),
+                       [baud](const auto& speed) { return speed.second == baud; });
+}
+
+bool pseudo_terminal::is_understood()
+{
+    const int baud = host_baud();
+    if (std::exchange(m_noted_baud, baud) != baud && m_log != nullptr)
+        m_log->note(log_line, QStringLiteral("host at %1 baud").arg(baud));
+    return baud == m_baud;
+}
+
 int pseudo_terminal::host_baud() const
 {
     termios settings{};
@@ -133,7 +149,7 @@ void pseudo_terminal::read()
     // A host that ended without closing leaves its exclusive use behind.
     ::ioctl(m_slave, TIOCNXCL);
     const QByteArrayView arrived(bytes.data(), count);
-    if (host_baud() == m_baud) {
+    if (is_understood()) {
         m_talk.receive(arrived);
     } else if (m_log != nullptr) {
         m_log->in(log_line, arrived);
@@ -141,15 +157,19 @@ void pseudo_terminal::read()
     }
 }
 
-void pseudo_terminal::write(const QByteArray& bytes)
+bool pseudo_terminal::write(const QByteArray& bytes)
 {
-    if (host_baud() != m_baud) {
-        if (m_log != nullptr)
-            m_log->note(log_line, QStringLiteral("lost at %1 baud").arg(host_baud()));
-        return;
+    if (!is_understood()) {
+        if (m_log != nullptr) {
+            m_log->note(
+                log_line,
+                QStringLiteral("%1 bytes lost at %2 baud").arg(bytes.size()).arg(m_noted_baud));
+        }
+        return false;
     }
     m_waiting += bytes;
     write_waiting();
+    return true;
 }
 
 void pseudo_terminal::write_waiting()

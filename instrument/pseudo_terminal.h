@@ -31,6 +31,8 @@ public:
     /// with the terminal. Returns false with the reason in `error`.
     [[nodiscard]] bool start(const QString& link, QString& error);
 
+    /// Whether the line can run at `baud` bits a second.
+    [[nodiscard]] static bool has_speed(int baud);
     /// The path that the host opens, such as "/dev/pts/3".
     [[nodiscard]] QString path() const { return m_path; }
     /// The speed that the host has set, in bits a second; 0 for an unusual one.
@@ -38,12 +40,16 @@ public:
 
 private:
     void read();
-    void write(const QByteArray& bytes);
+    bool write(const QByteArray& bytes);
     void write_waiting();
+    /// Whether host and instrument run at the same speed; a change of the host's
+    /// is noted in the log.
+    [[nodiscard]] bool is_understood();
     [[nodiscard]] bool make_link(const QString& link, QString& error);
 
     int m_baud;
     byte_log* m_log;
+    int m_noted_baud; ///< the host's speed as the log knows it, at first the instrument's
     conversation m_talk;
     int m_master = -1;
     int m_slave = -1; ///< kept open, so that the line stays when a host closes it

@@ -172,6 +172,25 @@ void tick_measurement(const stage& at, int number)
                 [ticked] { return ticked_rows() == ticked + 1; });
 }
 
+/// The same figures in the drawing, which has a timer's time to follow.
+void look_at_drawing(const stage& at, const QString& language)
+{
+    at.click(QStringLiteral("pushButton_graph"));
+    at.wait_for(QStringLiteral("the drawing's black lines"), [] {
+        QWidget* drawing = stage::widget(QStringLiteral("widget_graphic"));
+        const QImage picture = drawing->grab().toImage();
+        int dark = 0;
+        // Between the north arrow and the information frame.
+        for (int y = 100; y < picture.height() - 150; ++y) {
+            for (int x = 100; x < picture.width(); ++x)
+                dark += qGray(picture.pixel(x, y)) < 80 ? 1 : 0;
+        }
+        return dark > 200;
+    });
+    at.take_picture(QStringLiteral("drawing-%1").arg(language));
+    at.click(QStringLiteral("pushButton_map"));
+}
+
 void look_at_maps(const stage& at, const QString& menu, const QString& language,
                   const QStringList& titles)
 {
@@ -199,6 +218,7 @@ void look_at_maps(const stage& at, const QString& menu, const QString& language,
         QThread::msleep(700);
         at.take_picture(QStringLiteral("map-%1-%2").arg(language).arg(i + 1));
     }
+    look_at_drawing(at, language);
     at.click(QStringLiteral("checkBox"));
     at.click(QStringLiteral("checkBox"));
     at.wait_for(QStringLiteral("all ticks gone"), [] { return ticked_rows() == 0; });

@@ -45,6 +45,7 @@ private slots:
     void device_lists_data();
     void device_lists();
     void changes_are_told_in_order();
+    void a_poll_while_a_change_is_told();
     void unauthorized_turns_to_device();
     void a_slow_query_is_not_overlapped();
     void a_query_that_cannot_start();
@@ -217,6 +218,37 @@ void test_adb_device_manager::changes_are_told_in_order()
     QCOMPARE(told, (QStringList{"+a", "+e", "-b", "-d"}));
     query(manager, "e\tdevice\nc\tdevice\na\tdevice\n");
     QCOMPARE(told.size(), 4);
+}
+
+void test_adb_device_manager::a_poll_while_a_change_is_told()
+{
+    AdbDeviceManager manager;
+    QStringList told;
+    const auto poll = [&manager] {
+        QSignalSpy finished(&manager.process, &QProcess::finished);
+        manager.checkDevices();
+        QTRY_VERIFY(!finished.isEmpty());
+    };
+    // Each change is answered with another poll, as it happens while a box is open.
+    connect(&manager, &AdbDeviceManager::deviceAttached, this, [&](const QString& serial) {
+        told += "+" + serial;
+        if (told.size() < 10)
+            poll();
+    });
+    connect(&manager, &AdbDeviceManager::deviceDetached, this, [&](const QString& serial) {
+        told += "-" + serial;
+        if (told.size() < 10)
+            poll();
+    });
+    manager.adb_path = ground->script("cat '" + ground->path("list").toLocal8Bit() + "'");
+    ground->write("list", "b\tdevice\na\tdevice\n");
+    poll();
+    QCOMPARE(told, (QStringList{"+a", "+b"}));
+    told.clear();
+    ground->write("list", "c\tdevice\n");
+    poll();
+    QCOMPARE(told, (QStringList{"+c", "-a", "-b"}));
+    QCOMPARE(manager.known_devices.keys(), QStringList{"c"});
 }
 
 void test_adb_device_manager::unauthorized_turns_to_device()

@@ -7,7 +7,9 @@
 
 #include <QApplication>
 #include <QPointer>
+#include <QRandomGenerator>
 #include <QScopeGuard>
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -50,6 +52,27 @@ scripted_instrument::script binary_script(QList<QByteArray> frames,
 QList<QByteArray> one_measurement()
 {
     return {head{}.frame(), points({{}, {}}), reply(0x2D, 0)};
+}
+
+/// Pieces of good and damaged frames, of noise and of all that looks like either.
+QByteArray random_bytes(QRandomGenerator& random)
+{
+    const auto below = [&random](int limit) { return static_cast<int>(random.bounded(limit)); };
+    QByteArray bytes;
+    switch (below(6)) {
+    case 0: bytes = head{.points = static_cast<quint32>(below(3))}.frame(); break;
+    case 1: bytes = points({{}}); break;
+    case 2: bytes = "Zn0001,m1!~\r\n"; break;
+    case 3: bytes = QByteArray::fromHex("5A300700049F"); break;
+    default:
+        bytes.resize(below(40));
+        for (char& byte : bytes)
+            byte = static_cast<char>(below(256));
+        return bytes;
+    }
+    if (below(2) == 0)
+        bytes[below(static_cast<int>(bytes.size()))] = static_cast<char>(below(256));
+    return below(3) == 0 ? bytes.left(below(static_cast<int>(bytes.size()))) : bytes;
 }
 
 QStringList of_kind(const QStringList& events, const QString& kind)
@@ -118,7 +141,15 @@ private slots:
     void what_was_delivered_stays();
     void a_babbling_instrument_fills_no_memory();
     void an_idle_port_fills_no_memory();
+    void a_port_that_vanishes_behind_a_full_buffer();
+    void a_text_download_without_end();
+    void a_text_download_is_held_up_by_a_box();
     void quitting_in_the_middle_of_a_read();
+    void too_few_text_records();
+    void an_error_of_the_port_is_logged_before_a_read();
+    void a_write_that_takes_too_long();
+    void the_log_of_a_timeout_is_short();
+    void random_bytes_during_an_export();
 
     void android_read_to_its_end();
     void android_takes_any_answer_with_a_header_data();
@@ -131,6 +162,14 @@ private slots:
     void android_device_detached();
     void android_follows_a_text_download();
     void android_babble_fills_no_memory();
+    void android_cable_pulled_while_the_end_box_is_open();
+    void android_channel_lost_before_its_bytes_are_read();
+    void android_does_not_follow_a_binary_read_data();
+    void android_does_not_follow_a_binary_read();
+    void android_socket_unconnected_at_a_request();
+    void android_random_bytes_during_an_export();
+    void android_bytes_behind_the_end_data();
+    void android_bytes_behind_the_end();
 
 private:
     void start(scripted_instrument::script script = {});
@@ -864,6 +903,78 @@ void test_serial_thread::an_idle_port_fills_no_memory()
     QCOMPARE(instrument->requests().size(), 6);
 }
 
+void test_serial_thread::a_port_that_vanishes_behind_a_full_buffer()
+{
+    start();
+    QTRY_VERIFY(log->texts().contains("执行串口检测"));
+    const QByteArray block(2000, 'n');
+    while (instrument->say(block))
+        QCoreApplication::processEvents();
+    QCOMPARE(reader->port->bytesAvailable(), 1 << 20);
+    ports.clear();
+    instrument->vanish();
+    QTRY_COMPARE(events, (QStringList{"LED 0", "box 1 串口 设备连接有误"}));
+    QVERIFY(!reader->port->isOpen());
+    QVERIFY(!reader->port_connected);
+    QVERIFY(log->texts().contains("ResourceError"));
+}
+
+void test_serial_thread::a_text_download_without_end()
+{
+    start([](const request&) { return "n0001,m1,l1;t202403050708,N9999,"; });
+    reader->text_limit = 100'000;
+    // Babble without pause, with marks and without, until the read has given up.
+    QTimer talk;
+    connect(&talk, &QTimer::timeout, this,
+            [this] { instrument->say(QByteArray("abcdefgN0009").repeated(50) + '!'); });
+    talk.start(5);
+    bool returned = false;
+    QTimer::singleShot(0, this, [this, &returned] {
+        reader->recv_cmd_from_key(1, {}, {}, {}, {});
+        returned = true;
+    });
+    QTRY_VERIFY_WITH_TIMEOUT(returned, 20000);
+    talk.stop();
+    QVERIFY(log->has("text download given up, bytes received: 10"));
+    QVERIFY(reader->text_buffer.isEmpty());
+    QCOMPARE(of_kind(events, "box"), QStringList{"box 1 数据读取 数据读取完成"});
+    QCOMPARE(events.last(), "button 1");
+    QCOMPARE(reader->port->readBufferSize(), 1 << 20);
+}
+
+void test_serial_thread::a_text_download_is_held_up_by_a_box()
+{
+    // More than the idle port would hold arrives while a box is open.
+    start([](const request&) {
+        return "n0001,m1334,l1234;t202403050708,N0002,              104d3'12.5\",30d30'0.0\",123;!";
+    });
+    qint64 said = 0;
+    const auto note = watcher->look;
+    bool held = false;
+    watcher->look = [&](QMessageBox* box) {
+        note(box);
+        if (std::exchange(held, true))
+            return;
+        const QByteArray block(2000, ' ');
+        while (said < 2'000'000 && instrument->say(block)) {
+            said += block.size();
+            QCoreApplication::processEvents();
+        }
+        QVERIFY(instrument->say("!"));
+    };
+    connect(reader.get(), &serial_thread::read_data_set_progressbar, this, [this](int percent) {
+        if (percent == 50) // in the middle of the download
+            QTimer::singleShot(0, this,
+                               [] { QMessageBox::information(nullptr, "another", "box"); });
+    });
+    read();
+    QCOMPARE(said, 2'000'000);
+    QCOMPARE(of_kind(events, "progress"),
+             (QStringList{"progress 0", "progress 50", "progress 100", "progress 100"}));
+    QCOMPARE(reader->table_list.size(), 1);
+    QCOMPARE(reader->port->readBufferSize(), 1 << 20);
+}
+
 void test_serial_thread::quitting_in_the_middle_of_a_read()
 {
     start();
@@ -877,6 +988,91 @@ void test_serial_thread::quitting_in_the_middle_of_a_read()
     QCoreApplication::exec();
     QVERIFY(returned);
     QCOMPARE(events.last(), "button 1");
+}
+
+void test_serial_thread::too_few_text_records()
+{
+    start([](const request&) { return QByteArray(text_record).replace("N0001", "N0003"); });
+    read();
+    QCOMPARE(events, (QStringList{"button 0", "progress 0", "progress 33", "finished 0",
+                                  "progress 100", "box 1 数据读取 数据读取完成", "button 1"}));
+}
+
+void test_serial_thread::an_error_of_the_port_is_logged_before_a_read()
+{
+    start([](const request&) { return text_record; });
+    QVERIFY(!reader->port->open(QIODevice::ReadWrite)); // it is open already
+    read();
+    QVERIFY(log->texts().contains("未知串口错误： OpenError"));
+    QVERIFY(!log->texts().contains("串口无错误"));
+    QCOMPARE(events.last(), "button 1");
+}
+
+void test_serial_thread::a_write_that_takes_too_long()
+{
+    QSemaphore go_on;
+    start([&go_on](const request&) {
+        go_on.acquire();
+        return QByteArray();
+    });
+    const auto release = qScopeGuard([&go_on] { go_on.release(1'000'000); });
+    // The instrument stops to read, and the line is full.
+    reader->port->write(QByteArray(1 << 18, 'x'));
+    while (reader->port->bytesToWrite() > 0 && reader->port->waitForBytesWritten(100))
+        ;
+    QVERIFY(reader->port->bytesToWrite() > 0);
+    log->clear();
+    reader->send_hex("7E 0D 0A", false, {});
+    QVERIFY(log->texts().last().startsWith("[Worker] 写入超时: \""));
+    QCOMPARE(log->lines().last().type, QtWarningMsg);
+    QVERIFY(reader->port->isOpen());
+    reader->port->clear();
+}
+
+void test_serial_thread::the_log_of_a_timeout_is_short()
+{
+    start(binary_script({}));
+    read();
+    const QByteArray unfinished = QByteArray::fromHex("5A2F07000100") + QByteArray(100, 'x');
+    QVERIFY(instrument->say(unfinished));
+    QTRY_COMPARE(reader->serial_rx_buffer, unfinished);
+    log->clear();
+    reader->serial_export_timeout();
+    QCOMPARE(log->texts()[0], "serial export timeout, retry: 0 buffer size: 106");
+    QCOMPARE(log->texts()[1],
+             "SERIAL_RX LEN=64 HEX=5A 2F 07 00 01 00" + QStringLiteral(" 78").repeated(58));
+}
+
+void test_serial_thread::random_bytes_during_an_export()
+{
+    QRandomGenerator random(20240305);
+    start(binary_script({}));
+    read();
+    QVERIFY(reader->export_active);
+    int ended = 0;
+    for (int count = 0; count < 3000; ++count) {
+        QVERIFY(instrument->say(random_bytes(random)));
+        QCoreApplication::processEvents();
+        QVERIFY(reader->serial_rx_buffer.size() < frame::length_limit + frame::overhead);
+        QVERIFY(reader->table_list.size() >= reader->data_msg.size());
+        QCOMPARE(reader->data_msg.size(), reader->point_msg_all.size());
+        if (reader->export_active)
+            continue;
+        // A bad frame has ended it. On with the next one, without the text command.
+        ++ended;
+        QTRY_COMPARE(of_kind(events, "box").size(), ended);
+        QCOMPARE(of_kind(events, "button 1").size(), ended);
+        QVERIFY(reader->serial_rx_buffer.isEmpty());
+        reader->port->readAll();
+        QTRY_COMPARE(reader->serial_probe(), 0); // what is left on the line is no reply
+    }
+    QVERIFY(ended > 20);
+    // Whatever came, the read ends in its time.
+    reader->retry_count = 1;
+    reader->export_timer->start(0);
+    QTRY_COMPARE(events.last(), "box 2 数据读取 数据读取超时，请重新读取");
+    QCOMPARE(of_kind(events, "button 1").size(), ended + 1);
+    QVERIFY(reader->serial_rx_buffer.isEmpty());
 }
 
 void test_serial_thread::android_read_to_its_end()
@@ -977,13 +1173,14 @@ void test_serial_thread::android_channel_lost_during_a_read()
     read();
     QTRY_COMPARE(reader->adb_rx_buffer.size(), 20);
     const QPointer<AdbStringChannel> channel = reader->channel;
-    // The instrument closes; without a handler, as this channel was not announced,
-    // only the channel closes itself.
+    // The instrument closes. The read ends even though this channel, like one that
+    // only its second attempt opened, was not announced.
     QSignalSpy closed(reader->channel, &AdbStringChannel::channelClosed);
     android->abort();
     QTRY_COMPARE(closed.size(), 1);
     QVERIFY(log->has("[AdbStringChannel] socket error:"));
-    // The device leaves adb's list: the read ends, once.
+    QTRY_COMPARE(events.last(), read_failed);
+    // The device leaves adb's list: nothing is left to end.
     reader->onDeviceDetached("emulator-5554");
     QCOMPARE(of_kind(events, "box"), QStringList{read_failed});
     QVERIFY(events.contains("button 1"));
@@ -1036,6 +1233,168 @@ void test_serial_thread::android_babble_fills_no_memory()
     QTRY_VERIFY(reader->channel->socket->bytesAvailable() > 0);
     read(); // finds babble in place of an answer
     QVERIFY(reader->adb_rx_buffer.size() < frame::length_limit + frame::overhead);
+}
+
+void test_serial_thread::android_cable_pulled_while_the_end_box_is_open()
+{
+    start_android(
+        [](const QByteArray& asked) { return asked == probe ? reply(0, 0) : reply(0x2D, 0); });
+    const QPointer<QTcpSocket> socket = reader->channel->socket;
+    const QPointer<AdbStringChannel> channel = reader->channel;
+    bool pulled = false;
+    watcher->look = [&](QMessageBox* box) {
+        QCOMPARE(box->text(), "数据读取成功");
+        reader->onDeviceDetached("emulator-5554");
+        // Both are gone before the box is answered.
+        QTRY_VERIFY(socket.isNull() && channel.isNull());
+        pulled = true;
+    };
+    read();
+    QTRY_VERIFY(pulled);
+    QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
+    QCOMPARE(of_kind(events, "button"), (QStringList{"button 0", "button 1"}));
+    QVERIFY(reader->channel == nullptr);
+}
+
+void test_serial_thread::android_channel_lost_before_its_bytes_are_read()
+{
+    start_android([this](const QByteArray& asked) {
+        if (asked == probe)
+            return reply(0, 0);
+        QTimer::singleShot(30, android, [this] { android->abort(); });
+        return head{}.frame();
+    });
+    const QPointer<QTcpSocket> socket = reader->channel->socket;
+    read();
+    QTRY_COMPARE(events.last(), read_failed);
+    QTRY_VERIFY(socket.isNull());
+    QCOMPARE(of_kind(events, "(box|button)"), (QStringList{"button 0", "button 1", read_failed}));
+}
+
+void test_serial_thread::android_does_not_follow_a_binary_read_data()
+{
+    QTest::addColumn<QList<QByteArray>>("frames");
+    QTest::addColumn<QByteArray>("answer");
+    QTest::addColumn<QString>("box");
+    QTest::newRow("silence") << QList<QByteArray>() << QByteArray() << no_answer;
+    QTest::newRow("refused") << QList<QByteArray>() << reply(0, 1) << no_answer;
+    QTest::newRow("export") << one_measurement() << reply(0, 0) << read_succeeded;
+    QTest::newRow("export that fails")
+        << QList<QByteArray>{reply(0x2D, 1)} << reply(0, 0) << read_failed;
+}
+
+void test_serial_thread::android_does_not_follow_a_binary_read()
+{
+    QFETCH(QList<QByteArray>, frames);
+    QFETCH(QByteArray, answer);
+    QFETCH(QString, box);
+    start(binary_script(frames, answer));
+    start_android([](const QByteArray&) { return reply(0, 0); });
+    read();
+    QTRY_COMPARE(of_kind(events, "box"), QStringList{box});
+    QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
+    QTRY_COMPARE(of_kind(events, "button"), (QStringList{"button 0", "button 1"}));
+    QVERIFY(android_requests.isEmpty());
+    // The end of the export has let go of the port, though Android is up.
+    QVERIFY(instrument->say(reply(0x2D, 0)));
+    QTRY_COMPARE(reader->port->bytesAvailable(), 13);
+    QCOMPARE(of_kind(events, "box").size(), 1);
+}
+
+void test_serial_thread::android_socket_unconnected_at_a_request()
+{
+    start_android(
+        [](const QByteArray& asked) { return asked == probe ? reply(0, 0) : QByteArray(); });
+    read();
+    QTRY_COMPARE(android_requests.size(), 2);
+    // Nobody hears of it.
+    const QSignalBlocker silence(reader->channel->socket);
+    reader->channel->socket->abort();
+    reader->send_export_request();
+    QCOMPARE(events.mid(3), (QStringList{"button 1", "progress 0", read_failed}));
+    QCOMPARE(android_requests.size(), 2);
+}
+
+void test_serial_thread::android_random_bytes_during_an_export()
+{
+    QRandomGenerator random(20240306);
+    start_android(
+        [](const QByteArray& asked) { return asked == probe ? reply(0, 0) : QByteArray(); });
+    read();
+    int reads = 1;
+    for (int count = 0; count < 3000 && reads < 6; ++count) {
+        android->write(random_bytes(random));
+        QCoreApplication::processEvents();
+        QVERIFY(reader->adb_rx_buffer.size() < frame::length_limit + frame::overhead);
+        QCOMPARE(reader->data_msg.size(), reader->point_msg_all.size());
+        if (count % 100 == 99) // let it be read
+            QTRY_VERIFY(reader->channel->socket->bytesAvailable() == 0 ||
+                        of_kind(events, "box").size() == reads);
+        if (of_kind(events, "box").size() == reads) {
+            QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
+            QCOMPARE(of_kind(events, "button").last(), "button 1");
+            reader->channel->socket->readAll();
+            ++reads;
+            read();
+            if (events.last() == "button 1")
+                break; // late noise in place of an answer to the probe
+        }
+    }
+    // A bad frame ends it, if nothing has so far.
+    if (of_kind(events, "button").last() == "button 0")
+        android->write(QByteArray(1300, '\0') + frame::build_frame(0x33, 0, "what?"));
+    QTRY_COMPARE(of_kind(events, "button").last(), "button 1");
+    QVERIFY(reads > 1);
+    QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
+    QVERIFY(reader->adb_rx_buffer.isEmpty());
+}
+
+void test_serial_thread::android_bytes_behind_the_end_data()
+{
+    QTest::addColumn<QByteArray>("last");
+    QTest::addColumn<QString>("box");
+    QTest::addColumn<QByteArray>("behind");
+    const QString bad_frame = "box 2 数据读取 数据读取失败";
+    for (const auto& [name, behind] :
+         {std::pair{"reply", reply(0x2D, 0)}, std::pair{"head", head{}.frame()}}) {
+        QTest::addRow("%s behind the end", name) << reply(0x2D, 0) << read_succeeded << behind;
+        QTest::addRow("%s behind a bad status", name) << reply(0x2D, 1) << read_failed << behind;
+        QTest::addRow("%s behind a bad head", name)
+            << head{.kind = 6}.frame() << bad_frame << behind;
+        QTest::addRow("%s behind points without a head", name)
+            << points({{}}) << bad_frame << behind;
+    }
+}
+
+void test_serial_thread::android_bytes_behind_the_end()
+{
+    QFETCH(QByteArray, last);
+    QFETCH(QString, box);
+    QFETCH(QByteArray, behind);
+    // A serial port is there as well: no request strays to it.
+    start([](const request&) { return text_record; });
+    start_android([last, behind](const QByteArray& asked) {
+        return asked == probe ? reply(0, 0) : last + behind;
+    });
+    const auto note = watcher->look;
+    watcher->look = [&](QMessageBox* seen) {
+        note(seen);
+        // More comes while the box is open.
+        if (events.last() == box) {
+            android->write(behind);
+            QTRY_VERIFY(reader->channel->socket->bytesAvailable() >= behind.size());
+        }
+    };
+    read();
+    QTRY_COMPARE(events.last(), box);
+    QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
+    // Twice the delay before bytes are read.
+    bool later = false;
+    QTimer::singleShot(250, this, [&later] { later = true; });
+    QTRY_VERIFY(later);
+    QCOMPARE(of_kind(events, "box"), (QStringList{"box 1 数据读取 数据读取完成", box}));
+    QCOMPARE(android_requests, (QList<QByteArray>{probe, export_request}));
+    QCOMPARE(instrument->requests(), (QList<request>{{text_command, 115200}}));
 }
 
 QTEST_MAIN(test_serial_thread)

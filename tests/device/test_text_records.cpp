@@ -68,6 +68,7 @@ private slots:
     void signs();
     void times_data();
     void times();
+    void end_and_point_times_of_five_digits();
     void records_that_are_there_already_data();
     void records_that_are_there_already();
     void records_that_differ_in_one_thing_data();
@@ -447,6 +448,19 @@ void test_text_records::times()
     QCOMPARE(reader->table_list.size(), 1);
     QCOMPARE(reader->table_list.first().time, time);
     QCOMPARE(reader->table_list.first().name, name);
+}
+
+void test_text_records::end_and_point_times_of_five_digits()
+{
+    const QString head = QString(long_track).replace("080910", "08091");
+    reader->parse_record(head + QString(long_point).replace("070812", "07081") + long_point + "!");
+    QCOMPARE(reader->table_list.size(), 1);
+    QCOMPARE(reader->table_list.first().time, "2024-03-05 07:08:09");
+    QCOMPARE(reader->table_list.first().endtime, "0");
+    const QList<point_msg> points = reader->point_msg_all.first();
+    QCOMPARE(points.size(), 2);
+    QCOMPARE(points[0].time, "");
+    QCOMPARE(points[1].time, "2024-03-05 07:08:12");
 }
 
 void test_text_records::records_that_are_there_already_data()

@@ -140,10 +140,12 @@ void test_pseudo_terminal::another_speed_is_not_understood()
     QCOMPARE(m_terminal->host_baud(), 9600);
     port.write(golden::probe);
     QTRY_VERIFY_WITH_TIMEOUT(log_text().contains("note not understood at 9600 baud"), patience);
+    QCOMPARE(log_text().count("note host at 9600 baud\n"), 1);
     QVERIFY(port.setBaudRate(115200));
     QCOMPARE(m_terminal->host_baud(), 115200);
     port.write(golden::request);
     QTRY_RECEIVE(port, golden::first_head);
+    QCOMPARE(log_text().count("note host at 115200 baud\n"), 1);
     QVERIFY(!log_text().contains(golden::probe_reply.toHex(' ').toUpper()));
 }
 
@@ -156,10 +158,14 @@ void test_pseudo_terminal::answers_at_another_speed_are_lost()
     port.write(golden::request);
     QTRY_VERIFY_WITH_TIMEOUT(log_text().contains(" in 11 "), patience);
     QVERIFY(port.setBaudRate(9600));
-    QTRY_VERIFY_WITH_TIMEOUT(log_text().contains("note lost at 9600 baud"), patience);
+    QTRY_VERIFY_WITH_TIMEOUT(log_text().contains(" bytes lost at 9600 baud"), patience);
+    // What was lost is not shown as sent.
+    QVERIFY(!log_text().contains(" out "));
+    QVERIFY(log_text().contains("note host at 9600 baud\n"));
     QVERIFY(port.setBaudRate(115200));
     port.write(golden::request);
     QTRY_RECEIVE(port, golden::first_points);
+    QCOMPARE(log_text().count(" out "), 1);
 }
 
 void test_pseudo_terminal::delays_and_pieces_keep_their_order()

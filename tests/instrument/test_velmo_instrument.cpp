@@ -152,6 +152,8 @@ void test_velmo_instrument::wrong_command_lines_data()
                            << QByteArray("there is no fault \"smoke\"");
     QTest::newRow("port") << strings{"--adb", "--adb-port", "70000"}
                           << QByteArray("--adb-port takes a number from 0 to 65535, not \"70000\"");
+    QTest::newRow("speed") << strings{"--pty", "--baud", "12345"}
+                           << QByteArray("a serial port has no speed of 12345 baud");
     QTest::newRow("token") << strings{"--pty", "--token", "1234"}
                            << QByteArray("--token takes eight hexadecimal digits");
     QTest::newRow("log") << strings{"--pty", "--log", "/nowhere/log"}
