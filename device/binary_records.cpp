@@ -4,6 +4,7 @@
 #include "device/frame.h"
 
 #include <algorithm>
+#include <array>
 
 namespace binary_records {
 
@@ -34,9 +35,31 @@ std::int32_t read_i32(QByteArrayView bytes, qsizetype offset)
     return static_cast<std::int32_t>(frame::read_u32(bytes, offset));
 }
 
+/// `value` divided by 10 to the `decimals`, as a decimal text with `zeros` more
+/// decimals. The same text as QString::number of the quotient with 'f', which a
+/// double holds far more exactly than it shows, in a fraction of the time: a
+/// point has five such numbers.
+QString fixed_text(std::int64_t value, int decimals, int zeros = 0)
+{
+    std::array<char16_t, 32> text{};
+    size_t at = text.size();
+    for (; zeros > 0; --zeros)
+        text[--at] = u'0';
+    auto rest = static_cast<std::uint64_t>(value < 0 ? -value : value);
+    for (int digit = 0; digit <= decimals || rest > 0; ++digit) {
+        if (digit == decimals)
+            text[--at] = u'.';
+        text[--at] = static_cast<char16_t>(u'0' + rest % 10);
+        rest /= 10;
+    }
+    if (value < 0)
+        text[--at] = u'-';
+    return QStringView(text).sliced(static_cast<qsizetype>(at)).toString();
+}
+
 QString tenths_text(std::uint32_t tenths)
 {
-    return QString::number(tenths / 10.0, 'f', 1);
+    return fixed_text(tenths, 1);
 }
 
 QString method_of(std::uint8_t kind)
@@ -112,12 +135,12 @@ std::uint8_t points_mode(QByteArrayView frame, int points)
 
 QString degrees_text(std::int32_t degrees_e7)
 {
-    return QString::number(degrees_e7 / 10000000.0, 'f', 12);
+    return fixed_text(degrees_e7, 7, 5);
 }
 
 QString altitude_text(std::int32_t centimetres)
 {
-    return QString::number(centimetres / 100.0, 'f', 2);
+    return fixed_text(centimetres, 2);
 }
 
 point_msg to_point_msg(const measured_point& point, const QString& time)

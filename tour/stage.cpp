@@ -109,14 +109,34 @@ void stage::choose(const QString& menu_title, const QString& action_name) const
     wait_for(
         QStringLiteral("menu %1 open").arg(menu_title),
         [&] { return menu_of() != nullptr && menu_of()->isVisible(); }, 5000);
-    click(see([&] {
-        QMenu* menu = menu_of();
+    // The action may be one level further down.
+    const auto named = [&](const QMenu* menu) -> QAction* {
         for (QAction* action : menu->actions()) {
             if (action->objectName() == action_name)
-                return menu->mapToGlobal(menu->actionGeometry(action).center());
+                return action;
         }
-        return QPoint();
-    }));
+        return nullptr;
+    };
+    const auto submenu_of = [&]() -> QMenu* {
+        for (const QAction* entry : menu_of()->actions()) {
+            if (entry->menu() != nullptr && named(entry->menu()) != nullptr)
+                return entry->menu();
+        }
+        return nullptr;
+    };
+    const auto place_in = [](QMenu* menu, QAction* action) {
+        return action == nullptr ? QPoint()
+                                 : menu->mapToGlobal(menu->actionGeometry(action).center());
+    };
+    if (see([&] { return named(menu_of()) == nullptr && submenu_of() != nullptr; })) {
+        click(see([&] { return place_in(menu_of(), submenu_of()->menuAction()); }));
+        wait_for(
+            QStringLiteral("the submenu of %1 open").arg(action_name),
+            [&] { return submenu_of()->isVisible(); }, 5000);
+        click(see([&] { return place_in(submenu_of(), named(submenu_of())); }));
+    } else {
+        click(see([&] { return place_in(menu_of(), named(menu_of())); }));
+    }
     wait_for(
         QStringLiteral("menu %1 closed").arg(menu_title),
         [] { return QApplication::activePopupWidget() == nullptr; }, 5000);

@@ -50,7 +50,7 @@ public:
     void click(const QString& widget_name) const;
     void type(const QString& text) const;
     void press(const QString& key) const;
-    /// Opens a menu of the menu bar and clicks an action in it.
+    /// Opens a menu of the menu bar and clicks an action in it or in a submenu.
     void choose(const QString& menu_action_name_or_title, const QString& action_name) const;
     void resize_window(const QSize& size) const;
 

@@ -6,8 +6,10 @@
 #include <QAbstractItemModel>
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QImage>
 #include <QLabel>
 #include <QMessageBox>
+#include <QPixmap>
 #include <QThread>
 
 #include <cstdio>
@@ -141,6 +143,86 @@ void switch_to_english(const stage& at)
     say(QStringLiteral("  the window speaks English"));
 }
 
+constexpr QRgb line_on_the_map = qRgb(0x1d, 0x4e, 0xd8);
+constexpr QRgb pin_on_the_map = qRgb(0xdc, 0x26, 0x26);
+
+/// Whether the map shows enough of a colour to speak of.
+bool map_shows(QRgb colour)
+{
+    constexpr int enough = 20; // pixels
+    const QImage map = stage::widget(QStringLiteral("map"))->grab().toImage();
+    int found = 0;
+    for (int y = 0; y < map.height(); ++y) {
+        for (int x = 0; x < map.width(); ++x)
+            found += (map.pixel(x, y) & RGB_MASK) == (colour & RGB_MASK) ? 1 : 0;
+    }
+    return found >= enough;
+}
+
+/// Clicks the tick of a measurement of the instrument's memory. The last
+/// delivery of the read has them all, at the end of the first table.
+void tick_measurement(const stage& at, int number)
+{
+    constexpr int measurements = 17;
+    const int ticked = at.see(ticked_rows);
+    at.click(at.see([number] {
+        return cell("alltableView", rows("alltableView") - measurements + number - 1, 0);
+    }));
+    at.wait_for(QStringLiteral("the tick of measurement %1").arg(number),
+                [ticked] { return ticked_rows() == ticked + 1; });
+}
+
+/// The same figures in the drawing, which has a timer's time to follow.
+void look_at_drawing(const stage& at, const QString& language)
+{
+    at.click(QStringLiteral("pushButton_graph"));
+    at.wait_for(QStringLiteral("the drawing's black lines"), [] {
+        QWidget* drawing = stage::widget(QStringLiteral("widget_graphic"));
+        const QImage picture = drawing->grab().toImage();
+        int dark = 0;
+        // Between the north arrow and the information frame.
+        for (int y = 100; y < picture.height() - 150; ++y) {
+            for (int x = 100; x < picture.width(); ++x)
+                dark += qGray(picture.pixel(x, y)) < 80 ? 1 : 0;
+        }
+        return dark > 200;
+    });
+    at.take_picture(QStringLiteral("drawing-%1").arg(language));
+    at.click(QStringLiteral("pushButton_map"));
+}
+
+void look_at_maps(const stage& at, const QString& menu, const QString& language,
+                  const QStringList& titles)
+{
+    // Figures around one field; each page gets one more, which draws them all.
+    for (const int number : {2, 7, 15})
+        tick_measurement(at, number);
+    struct provider
+    {
+        const char* action;
+        int measurement;
+    };
+    const provider providers[] = {{"action_google", 10}, {"action_sky", 1}, {"action_gaode", 17}};
+    for (std::size_t i = 0; i < std::size(providers); ++i) {
+        const QString& title = titles[static_cast<qsizetype>(i)];
+        at.choose(menu, QLatin1String(providers[i].action));
+        at.wait_for(QStringLiteral("the page of %1").arg(title), [&] {
+            return stage::widget(QStringLiteral("map"))->property("title").toString() == title;
+        });
+        at.wait_for(QStringLiteral("a page without the figures of the one before"),
+                    [] { return !map_shows(line_on_the_map); });
+        tick_measurement(at, providers[i].measurement);
+        at.wait_for(QStringLiteral("figures on the page of %1").arg(title),
+                    [] { return map_shows(line_on_the_map); });
+        at.take_picture(QStringLiteral("map-%1-%2").arg(language).arg(i + 1));
+    }
+    look_at_drawing(at, language);
+    at.click(QStringLiteral("checkBox"));
+    at.click(QStringLiteral("checkBox"));
+    at.wait_for(QStringLiteral("all ticks gone"), [] { return ticked_rows() == 0; });
+    say(QStringLiteral("  figures on the maps of %1").arg(titles.join(QStringLiteral(", "))));
+}
+
 void tick_all(const stage& at)
 {
     at.click(QStringLiteral("checkBox"));
@@ -149,6 +231,7 @@ void tick_all(const stage& at)
     const int all = at.see([] { return rows("alltableView"); });
     at.wait_for(QStringLiteral("the totals"),
                 [all] { return text_of("totalchecked") == QString::number(all); });
+    at.wait_for(QStringLiteral("figures on the map"), [] { return map_shows(pin_on_the_map); });
     at.take_picture(QStringLiteral("05-all-ticked"));
     say(QStringLiteral("  %1 rows ticked, the panel counts as many").arg(all));
     at.click(QStringLiteral("checkBox"));
@@ -258,10 +341,22 @@ void walk(const QString& folder)
         {"read the measurements", read_measurements},
         {"look at three window sizes, Chinese",
          [](const stage& at) { look_at_sizes(at, QStringLiteral("zh")); }},
+        {"look at the maps, Chinese",
+         [](const stage& at) {
+             look_at_maps(at, QStringLiteral("设置"), QStringLiteral("zh"),
+                          {QStringLiteral("谷歌地图"), QStringLiteral("天地图"),
+                           QStringLiteral("高德地图")});
+         }},
         {"switch to English", switch_to_english},
         {"look at three window sizes, English",
          [](const stage& at) { look_at_sizes(at, QStringLiteral("en")); }},
         {"tick all rows", tick_all},
+        {"look at the maps, English",
+         [](const stage& at) {
+             look_at_maps(at, QStringLiteral("Setting"), QStringLiteral("en"),
+                          {QStringLiteral("Google Map"), QStringLiteral("Sky Map"),
+                           QStringLiteral("Gaode Map")});
+         }},
         {"edit a name", edit_a_name},
         {"delete one row", delete_one_row},
         {"look at boxes and drawing", look_at_boxes},

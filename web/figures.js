@@ -22,6 +22,7 @@ const Figures = (() => {
     area: { line: "#c2410c", fill: "rgba(249, 115, 22, 0.28)" },
     line: { line: "#1d4ed8" },
     start: { radius: 5, fill: "#16a34a" },
+    speck: { below: 8, radius: 4, fill: "#c2410c" }, // an area too small to be seen
     waypoint: { radius: 8, height: 22, fill: "#dc2626" },
     ring: "#ffffff",
   };
@@ -357,6 +358,10 @@ const Figures = (() => {
       if (figure.kind === KIND.WAYPOINT) {
         for (let i = 0; i < world.length; i += 2)
           drawPin(context, world[i] * scale - origin.x, world[i + 1] * scale - origin.y);
+        return;
+      }
+      if (figure.kind === KIND.AREA && east - west < LOOK.speck.below && south - north < LOOK.speck.below) {
+        drawDot(context, (west + east) / 2, (north + south) / 2, LOOK.speck);
         return;
       }
       const count = toPixels(world, scale, origin.x, origin.y);

@@ -7,6 +7,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <limits>
 #include <memory>
 #include <random>
 
@@ -68,6 +69,7 @@ private slots:
     void statuses();
     void start_time_that_is_no_date();
     void signs_of_coordinates();
+    void number_texts_are_those_of_the_quotients();
     void no_progress_without_an_announced_count();
     void a_second_download_doubles_the_lists();
     void random_streams();
@@ -526,6 +528,24 @@ void test_binary_records::signs_of_coordinates()
     QVERIFY(taken(head{.points = 1}.frame()));
     QVERIFY(taken(points({{.longitude = -1, .latitude = INT32_MIN, .altitude_cm = INT32_MIN}})));
     QCOMPARE(reader->data_msg_altitude.first(), "-0.000000100000,-214.748364800000,-21474836.48\n");
+}
+
+void test_binary_records::number_texts_are_those_of_the_quotients()
+{
+    const auto compare = [](std::int32_t value) {
+        return binary_records::degrees_text(value) ==
+                   QString::number(value / 10000000.0, 'f', 12) &&
+               binary_records::altitude_text(value) == QString::number(value / 100.0, 'f', 2);
+    };
+    for (const std::int32_t value :
+         {0, 1, -1, 9, 10, -10, 99, 100, 101, 9'999'999, 10'000'000, -10'000'000, 1'799'999'999,
+          std::numeric_limits<std::int32_t>::max(), std::numeric_limits<std::int32_t>::min()})
+        QVERIFY2(compare(value), qPrintable(QString::number(value)));
+    std::mt19937 random(1);
+    for (int round = 0; round < 200'000; ++round) {
+        const auto value = static_cast<std::int32_t>(random());
+        QVERIFY2(compare(value), qPrintable(QString::number(value)));
+    }
 }
 
 void test_binary_records::no_progress_without_an_announced_count()
