@@ -351,7 +351,9 @@ void test_adb_string_channel::an_idle_channel_fills_no_memory()
     instrument->write(QByteArray(16 << 20, 'Z'));
     QTRY_COMPARE(channel->socket->bytesAvailable(), 1 << 20);
     QSignalSpy written(instrument, &QTcpSocket::bytesWritten);
-    QVERIFY(!written.wait(200)); // the rest stays with its sender
+    // What the system between them does not hold stays with its sender.
+    while (written.wait(200)) {
+    }
     QVERIFY(instrument->bytesToWrite() > 0);
     QCOMPARE(channel->socket->bytesAvailable(), 1 << 20);
 }

@@ -1010,12 +1010,12 @@ void test_serial_thread::an_error_of_the_port_is_logged_before_a_read()
 
 void test_serial_thread::a_write_that_takes_too_long()
 {
-    QSemaphore go_on;
-    start([&go_on](const request&) {
-        go_on.acquire();
+    const auto go_on = std::make_shared<QSemaphore>(); // the instrument outlives this function
+    start([go_on](const request&) {
+        go_on->acquire();
         return QByteArray();
     });
-    const auto release = qScopeGuard([&go_on] { go_on.release(1'000'000); });
+    const auto release = qScopeGuard([go_on] { go_on->release(1'000'000); });
     // The instrument stops to read, and the line is full.
     reader->port->write(QByteArray(1 << 18, 'x'));
     while (reader->port->bytesToWrite() > 0 && reader->port->waitForBytesWritten(100))
