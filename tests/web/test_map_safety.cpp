@@ -14,12 +14,15 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QNetworkInterface>
 #include <QSignalSpy>
 #include <QStandardItemModel>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QWebEngineSettings>
 #include <QWebEngineView>
+
+#include <algorithm>
 
 class test_map_safety : public QObject
 {
@@ -295,12 +298,24 @@ void test_map_safety::the_attempts_work_elsewhere_data()
     }
 }
 
+/// Whether there is an interface beside loopback, connected to whatever.
+static bool has_a_network_interface()
+{
+    const QList<QNetworkInterface> all = QNetworkInterface::allInterfaces();
+    return std::any_of(all.begin(), all.end(), [](const QNetworkInterface& one) {
+        return one.flags().testFlag(QNetworkInterface::IsRunning) &&
+               !one.flags().testFlag(QNetworkInterface::IsLoopBack);
+    });
+}
+
 /// In a page without the policy and the page class these succeed, so that a
 /// silent host below means something.
 void test_map_safety::the_attempts_work_elsewhere()
 {
     QFETCH(QString, script);
     QFETCH(bool, reads);
+    if (QByteArray(QTest::currentDataTag()).contains("video call") && !has_a_network_interface())
+        QSKIP("a video call leaves by no loopback interface, and this machine has no other");
     QWebEngineView view;
     map_view::give_program_settings(view);
     QSignalSpy loaded(&view, &QWebEngineView::loadFinished);
