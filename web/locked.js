@@ -25,6 +25,15 @@
     Object.defineProperty(Document.prototype, name, { value, writable: false, configurable: false });
   }
 
+  // An element of the page's own making could be a frame by inheritance.
+  Object.defineProperty(CustomElementRegistry.prototype, "define", {
+    value: () => {
+      throw new TypeError("The map page has no elements of its own.");
+    },
+    writable: false,
+    configurable: false,
+  });
+
   // Leaflet writes its controls as text with a span at most.
   if (window.trustedTypes) {
     const replace = Function.prototype.call.bind(String.prototype.replace);

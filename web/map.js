@@ -211,7 +211,10 @@ const VelmoMap = (() => {
   function changelanguage(number) {
     if (typeof number !== "number" || Number.isNaN(number))
       return;
-    language = number === 0 ? "zh" : "en";
+    const wanted = number === 0 ? "zh" : "en";
+    if (wanted === language)
+      return; // the tiles on the screen stay
+    language = wanted;
     try {
       sessionStorage.setItem(LANGUAGE_KEY, language);
     } catch (error) {

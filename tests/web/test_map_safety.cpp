@@ -264,6 +264,13 @@ constexpr attempt reaching[] = {
      "[{urls: "
      "'turn:AUTHORITY?transport=tcp', username: 'u', credential: 'c'}]}); "
      "c.createDataChannel('x'); c.createOffer().then(o => c.setLocalDescription(o))"},
+    {"video call from a frame by inheritance",
+     "class own_frame extends HTMLIFrameElement {} "
+     "customElements.define('own-frame', own_frame, {extends: 'iframe'}); "
+     "const f = new own_frame(); document.body.append(f); "
+     "const c = new f.contentWindow.RTCPeerConnection({iceServers: [{urls: "
+     "'turn:AUTHORITY?transport=tcp', username: 'u', credential: 'c'}]}); "
+     "c.createDataChannel('x'); c.createOffer().then(o => c.setLocalDescription(o))"},
     {"video call from an empty frame",
      "const f = document.createElement('iframe'); document.body.append(f); "
      "const c = new f.contentWindow.RTCPeerConnection({iceServers: [{urls: "
@@ -291,7 +298,8 @@ void test_map_safety::the_attempts_work_elsewhere_data()
         for (const char* name :
              {"location", "form", "refresh", "beacon", "video call",
               "video call from an empty frame", "video call from a written frame",
-              "video call from a parsed frame", "video call from a frame by namespace"}) {
+              "video call from a parsed frame", "video call from a frame by namespace",
+              "video call from a frame by inheritance"}) {
             if (qstrcmp(one.name, name) == 0)
                 QTest::addRow("reaching: %s", name) << QString::fromUtf8(one.script) << false;
         }
