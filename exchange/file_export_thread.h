@@ -2,6 +2,7 @@
 
 #include "coordinates/coordinate_system.h"
 #include "core/records.h"
+#include "exchange/export_record.h"
 
 #include <QThread>
 
@@ -21,9 +22,21 @@ class file_export_thread : public QThread
 public:
     using QThread::QThread;
 
-    QList<int> check_flags; ///< the twelve choices for Excel
-    QString system_name;    ///< name of the chosen coordinate system
-    int language = 0;       ///< 0 Chinese, other values English
+    QList<exportRecord> export_list; ///< the ticked rows, rebuilt for every command
+    QList<int> check_flags;          ///< the twelve choices for Excel
+    QString system_name;             ///< name of the chosen coordinate system
+    double cz = 0.0, dz = 0.0;       ///< semi-major and semi-minor axis of this command, metres
+    double pl = 0.0;                 ///< flattening of this command
+    int language = 0;                ///< 0 Chinese, other values English
+
+    void kml_export(int mode, model_param m_ModelParam, QString file_path);
+    void one_csv_export(int mode, model_param m_ModelParam, QString file_path);
+    void more_csv_export(int mode, model_param m_ModelParam, QString file_path);
+    void one_gpx_export(int mode, QString file_path);
+    void more_gpx_export(int mode, QString file_path);
+    void one_dxf_export(int mode, model_param m_ModelParam, QString file_path);
+    void more_dxf_export(int mode, model_param m_ModelParam, QString file_path);
+    void excel_export(int mode, model_param m_ModelParam, QString file_path);
 
     void picture_export(QWebEngineView* m_parentWebEngineView, graphic_widget* m_parentwidgetView,
                         int picture_flag, QString file_path);
