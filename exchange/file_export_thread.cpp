@@ -36,7 +36,8 @@ void file_export_thread::picture_export(QWebEngineView* /*m_parentWebEngineView*
                                         graphic_widget* /*m_parentwidgetView*/,
                                         int /*picture_flag*/, QString /*file_path*/)
 {
-    qWarning() << "picture export is not there yet";
+    const export_format& picture = export_formats[picture_format];
+    show_not_available(QString::fromUtf8(language == 0 ? picture.chinese : picture.english));
 }
 
 void file_export_thread::export_file(int cmd, int mode, double new_cz, double new_dz, double new_pl,
@@ -74,7 +75,8 @@ bool file_export_thread::select_checked_rows(const QStandardItemModel* model,
                                              const QList<QList<point_msg>>& point_msg_all)
 {
     export_list.clear();
-    for (int row = 0; row < model->rowCount(); ++row) {
+    const int rows = model == nullptr ? 0 : model->rowCount();
+    for (int row = 0; row < rows; ++row) {
         if (!model->index(row, 0).data().toBool())
             continue;
         export_list.append({Table_list[row], {}, {}, Data_msg_altitude[row], point_msg_all[row]});

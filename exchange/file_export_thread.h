@@ -9,6 +9,7 @@
 #include <functional>
 
 class QFile;
+class QIODevice;
 class QStandardItemModel;
 class QWebEngineView;
 class graphic_widget;
@@ -43,8 +44,8 @@ public:
     void excel_export(int mode, model_param m_ModelParam, QString file_path);
 
     /// Rebuilds `export_list` from the rows of \a model that are ticked; a row is
-    /// the same entry of the three lists. Without a tick it tells the user so and
-    /// returns false.
+    /// the same entry of the three lists. Without a tick, or without a model, it
+    /// tells the user so and returns false.
     bool select_checked_rows(const QStandardItemModel* model,
                              const QList<measuringData>& Table_list,
                              const QStringList& Data_msg_altitude,
@@ -68,6 +69,13 @@ public:
     /// Path of the file of record \a number, from 1, in \a folder:
     /// exported_data_1.csv and so on.
     static QString record_file_path(const QString& folder, const QString& suffix, qsizetype number);
+
+    /// One block for each record, and closes the device.
+    void write_csv_merged(QIODevice& device, const QList<exportRecord>& list, int mode,
+                          const model_param& m_ModelParam) const;
+    /// The block of a file with one record.
+    void write_csv_single(QIODevice& device, const exportRecord& record, int mode,
+                          const model_param& m_ModelParam) const;
 
     void picture_export(QWebEngineView* m_parentWebEngineView, graphic_widget* m_parentwidgetView,
                         int picture_flag, QString file_path);
