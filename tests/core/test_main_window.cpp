@@ -978,7 +978,7 @@ void test_main_window::export_dialog_gets_what_is_shown()
         QVERIFY(dialog != nullptr);
         QVERIFY(dialog->isVisible());
         QCOMPARE(dialog->windowModality(), Qt::ApplicationModal);
-        QCOMPARE(dialog->geometry().center(), m_window->geometry().center());
+        QCOMPARE(dialog->pos() + dialog->rect().center(), m_window->geometry().center());
         QCOMPARE(dialog->windowTitle(), english ? QStringLiteral("Export As") : "导出为");
         QCOMPARE(dialog->language, english ? 1 : 0);
         QCOMPARE(dialog->findChild<QComboBox*>("export_format")->count(), 9);
