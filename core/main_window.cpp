@@ -3,6 +3,9 @@
 #include "coordinates/json_file_manager.h"
 #include "core/main_window_form.h"
 #include "core/map_page.h"
+#include "core/thread_key.h"
+#include "exchange/input_window.h"
+#include "exchange/output_window.h"
 #include "maker.h"
 #include "presentation/bridge.h"
 #include "presentation/graphic_widget.h"
@@ -225,12 +228,54 @@ void MainWindow::on_data_to_device_clicked()
 
 void MainWindow::on_data_output_file_clicked()
 {
-    tell_not_available(tr("导出数据"));
+    auto* dialog = new outputWindow(this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->set_parent_view(ui->map, ui->widget_graphic, map_shown);
+    dialog->model = model;
+    dialog->js = js;
+    dialog->data_msg_altitude = data_msg_altitude;
+    dialog->table_list = table_list;
+    dialog->point_msg_all = point_msg_all;
+    dialog->mode = mode_flag;
+    dialog->sys_index = sys_index;
+
+    connect(this, &MainWindow::variableChanged, dialog, &outputWindow::setlanguage);
+    emit variableChanged(language);
+
+    using out = outputWindow;
+    using hub = thread_key;
+    const auto join = [this, dialog](auto signal, auto slot) {
+        connect(dialog, signal, key, slot);
+    };
+    join(&out::send_btm_sign_to_threadkey_kml, &hub::recv_kml_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_picture, &hub::recv_picture_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_one_csv, &hub::recv_one_csv_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_more_csv, &hub::recv_more_csv_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_one_dxf, &hub::recv_one_dxf_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_more_dxf, &hub::recv_more_dxf_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_one_gpx, &hub::recv_one_gpx_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_more_gpx, &hub::recv_more_gpx_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_excel, &hub::recv_excel_sign_from_output);
+
+    dialog->setWindowModality(Qt::ApplicationModal);
+    show_in_the_middle(dialog);
 }
 
 void MainWindow::on_data_input_file_clicked()
 {
-    tell_not_available(tr("导入数据"));
+    auto* dialog = new input_window(this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(this, &MainWindow::variableChanged, dialog, &input_window::setlanguage);
+    emit variableChanged(language);
+    connect(dialog, &input_window::send_btm_sign_to_mainwindow_import_file, this,
+            &MainWindow::recv_input_signal);
+    show_in_the_middle(dialog);
+}
+
+void MainWindow::show_in_the_middle(QWidget* dialog)
+{
+    dialog->move(geometry().center() - dialog->rect().center());
+    dialog->show();
 }
 
 void MainWindow::on_delect_tableandmap_clicked()
