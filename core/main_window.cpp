@@ -168,13 +168,16 @@ void MainWindow::choose_map(QAction* chosen)
         QAction* action;
         const char* page;
     };
-    for (const provider& one : {provider{ui->action_gaode, "/index.html"},
-                                provider{ui->action_google, "/index_google.html"},
-                                provider{ui->action_sky, "/index_tiandi.html"}}) {
+    const provider providers[] = {{ui->action_gaode, "/index.html"},
+                                  {ui->action_google, "/index_google.html"},
+                                  {ui->action_sky, "/index_tiandi.html"}};
+    for (const provider& one : providers) {
+        if (one.action != chosen)
+            one.action->setChecked(false);
+    }
+    for (const provider& one : providers) {
         if (one.action == chosen)
             load_page(QLatin1String(one.page));
-        else
-            one.action->setChecked(false);
     }
 }
 

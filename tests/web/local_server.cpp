@@ -82,6 +82,8 @@ void local_server::serve(QTcpSocket* socket)
             else if (line.isEmpty() && path.isValid()) {
                 requests += socket->property("host").toString() + path.toString();
                 socket->setProperty("path", QVariant());
+                if (silent)
+                    continue;
                 const QByteArray sent = open ? body : QByteArray();
                 socket->write(QByteArray(open ? "HTTP/1.1 200 OK" : "HTTP/1.1 503 Closed") +
                               "\r\nContent-Type: " + body_type +

@@ -12,7 +12,8 @@
 class QTcpSocket;
 
 /// A web server on this computer that notes what it is asked for and answers
-/// everything with a picture, or with "503" while it is closed.
+/// everything with a picture, or with "503" while it is closed, or not at all
+/// while it is silent.
 class local_server : public QObject
 {
     Q_OBJECT
@@ -31,6 +32,7 @@ public:
     [[nodiscard]] QString address() const;
 
     bool open = true;
+    bool silent = false;
     /// The body of every answer.
     QByteArray body;
     QByteArray body_type = "image/png";
