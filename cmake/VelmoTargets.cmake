@@ -33,6 +33,23 @@ function(velmo_settings target)
       -fsanitize=${VELMO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     target_link_options(${target} PRIVATE -fsanitize=${VELMO_SANITIZE})
   endif()
+  if(VELMO_FUZZ)
+    target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+  endif()
+endfunction()
+
+# velmo_fuzzer(name SOURCES s... LINKS l...)
+#
+# A libFuzzer program, built with -DVELMO_FUZZ=ON and clang.
+function(velmo_fuzzer name)
+  if(NOT VELMO_FUZZ)
+    return()
+  endif()
+  cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE ${arg_LINKS})
+  velmo_settings(${name})
+  target_link_options(${name} PRIVATE -fsanitize=fuzzer)
 endfunction()
 
 # velmo_library(target FOLDER folder [HEADERS h...] SOURCES s... LINKS l...)
