@@ -63,6 +63,9 @@ function(velmo_library target)
   cmake_parse_arguments(arg "" "FOLDER" "HEADERS;SOURCES;LINKS" ${ARGN})
   add_library(${target} STATIC ${arg_SOURCES})
   set(shown "${PROJECT_BINARY_DIR}/include/${target}")
+  # Anew each time: a library that now lists its headers must not write them
+  # through the link to its whole folder.
+  file(REMOVE_RECURSE "${shown}")
   file(MAKE_DIRECTORY "${shown}")
   if(arg_HEADERS)
     file(MAKE_DIRECTORY "${shown}/${arg_FOLDER}")
