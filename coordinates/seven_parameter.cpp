@@ -74,6 +74,8 @@ seven_parameter::seven_parameter(QWidget* parent)
     listWidget = form_parts::make<QListWidget>(this, "listWidget");
     pushButton_3 = form_parts::make<QPushButton>(this, "pushButton_3");
     pushButton_2 = form_parts::make<QPushButton>(this, "pushButton_2");
+    // As wide as the buttons below it.
+    listWidget->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
     list->addWidget(listWidget);
     list->addWidget(pushButton_3);
     list->addWidget(pushButton_2);

@@ -95,6 +95,7 @@ size_t index_of(const char* name)
 constexpr int follow_ms = 500;
 constexpr int number_width = 140; // pixels
 constexpr int meridian_width = 62;
+constexpr int column_gap = 12;
 
 /// The words of a label without the colon that some have.
 QString plain(QString label)
@@ -170,6 +171,7 @@ QGroupBox* zuobiaoForm::make_ellipsoid_box()
     auto* box = new QGroupBox(this);
     m_texts.push_back({box, "目标椭球", "Target ellipsoid"});
     auto* grid = new QGridLayout(box);
+    grid->setHorizontalSpacing(column_gap);
     tuoqiu = form_parts::make<QComboBox>(box, "tuoqiu");
     form_parts::keep_width(tuoqiu);
     grid->addWidget(tuoqiu, 0, 0, 1, 2);
@@ -186,6 +188,7 @@ QGroupBox* zuobiaoForm::make_projection_box()
     auto* box = new QGroupBox(this);
     m_texts.push_back({box, "投影参数", "Projection parameters"});
     auto* grid = new QGridLayout(box);
+    grid->setHorizontalSpacing(column_gap);
     mode = form_parts::make<QComboBox>(box, "mode");
     add_labelled(grid, 0, 0, mode, "投影方式:", "Method");
     touyingdai = form_parts::make<QComboBox>(box, "touyingdai");
@@ -244,6 +247,7 @@ QGroupBox* zuobiaoForm::make_parameters_box()
     column->addLayout(choice);
 
     auto* grid = new QGridLayout;
+    grid->setHorizontalSpacing(column_gap);
     column->addLayout(grid);
     int row = 0;
     for (const char* name : {"dx_2", "dy_2", "dz_2"})

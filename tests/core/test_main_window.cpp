@@ -803,7 +803,6 @@ void test_main_window::menus_stand_as_designed()
     QCOMPARE(watcher.boxes.size(), 0);
     const std::pair<QAction*, QString> same_as_button[] = {{m_ui->action_export_graphics, "打印"},
                                                            {m_ui->action_export, "导出数据"},
-                                                           {m_ui->action_coordinate, "坐标设置"},
                                                            {m_ui->action_software, "软件更新"}};
     for (const auto& [action, title] : same_as_button) {
         watcher.boxes.clear();
