@@ -33,6 +33,23 @@ function(velmo_settings target)
       -fsanitize=${VELMO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     target_link_options(${target} PRIVATE -fsanitize=${VELMO_SANITIZE})
   endif()
+  if(VELMO_FUZZ)
+    target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+  endif()
+endfunction()
+
+# velmo_fuzzer(name SOURCES s... LINKS l...)
+#
+# A libFuzzer program, built with -DVELMO_FUZZ=ON and clang.
+function(velmo_fuzzer name)
+  if(NOT VELMO_FUZZ)
+    return()
+  endif()
+  cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE ${arg_LINKS})
+  velmo_settings(${name})
+  target_link_options(${name} PRIVATE -fsanitize=fuzzer)
 endfunction()
 
 # velmo_library(target FOLDER folder [HEADERS h...] SOURCES s... LINKS l...)
@@ -46,6 +63,9 @@ function(velmo_library target)
   cmake_parse_arguments(arg "" "FOLDER" "HEADERS;SOURCES;LINKS" ${ARGN})
   add_library(${target} STATIC ${arg_SOURCES})
   set(shown "${PROJECT_BINARY_DIR}/include/${target}")
+  # Anew each time: a library that now lists its headers must not write them
+  # through the link to its whole folder.
+  file(REMOVE_RECURSE "${shown}")
   file(MAKE_DIRECTORY "${shown}")
   if(arg_HEADERS)
     file(MAKE_DIRECTORY "${shown}/${arg_FOLDER}")

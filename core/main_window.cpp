@@ -1,6 +1,7 @@
 #include "core/main_window.h"
 
 #include "coordinates/json_file_manager.h"
+#include "coordinates/zuobiao_form_homepage.h"
 #include "core/main_window_form.h"
 #include "core/map_page.h"
 #include "core/thread_key.h"
@@ -74,7 +75,11 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), ui(new Ui::MainWi
     js = new JsonFileManager(this);
 }
 
-MainWindow::~MainWindow() = default;
+MainWindow::~MainWindow()
+{
+    // While there still is a pointer that its end can clear.
+    delete coordinate_form;
+}
 
 void MainWindow::connect_menus()
 {
@@ -313,7 +318,21 @@ void MainWindow::on_marlund_clicked()
 
 void MainWindow::show_coordinate_settings()
 {
-    tell_not_available(tr("坐标设置"));
+    if (coordinate_form != nullptr) {
+        coordinate_form->close();
+        delete coordinate_form; // clears the pointer
+    }
+    qDebug() << "!!!!!" << mode_flag << sys_index;
+    coordinate_form = new zuobiaoForm_homepage(this);
+    connect(this, &MainWindow::zuobiaochanged, coordinate_form, &zuobiaoForm_homepage::set_up);
+    connect(coordinate_form, &zuobiaoForm_homepage::modeflagchange, this, &MainWindow::setmodeflag);
+    connect(coordinate_form, &QObject::destroyed, this, [this] {
+        coordinate_form = nullptr;
+        qDebug() << "坐标窗口已销毁";
+    });
+    emit zuobiaochanged(mode_flag, js, sys_index, language);
+    coordinate_form->setWindowModality(Qt::ApplicationModal);
+    coordinate_form->show();
 }
 
 void MainWindow::tell_not_available(const QString& feature)

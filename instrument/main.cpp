@@ -4,8 +4,8 @@
 #include "instrument/frame_responder.h"
 #include "instrument/sample_memory.h"
 #ifdef Q_OS_UNIX
+#include "console/quit_signals.h"
 #include "instrument/pseudo_terminal.h"
-#include "instrument/quit_signals.h"
 #endif
 
 #include <QCommandLineParser>

@@ -48,7 +48,10 @@ void stage::wait_for(const QString& what, const std::function<bool()>& condition
 
 QWidget* stage::widget(const QString& name)
 {
-    for (QWidget* window : QApplication::topLevelWidgets()) {
+    QWidgetList windows = QApplication::topLevelWidgets();
+    if (QWidget* front = QApplication::activeModalWidget(); front != nullptr)
+        windows.prepend(front);
+    for (QWidget* window : windows) {
         if (auto* found = window->findChild<QWidget*>(name); found != nullptr)
             return found;
     }
@@ -83,7 +86,15 @@ void stage::click(const QString& widget_name) const
 
 void stage::type(const QString& text) const
 {
-    xdotool({QStringLiteral("type"), QStringLiteral("--delay"), QStringLiteral("20"), text});
+    xdotool({QStringLiteral("type"), QStringLiteral("--delay"), QStringLiteral("20"),
+             QStringLiteral("--"), text});
+}
+
+void stage::fill(const QString& field_name, const QString& text) const
+{
+    click(field_name);
+    press(QStringLiteral("ctrl+a"));
+    type(text);
 }
 
 void stage::press(const QString& key) const
@@ -153,6 +164,14 @@ void stage::resize_window(const QSize& size) const
     wait_for(
         QStringLiteral("window of %1 by %2").arg(size.width()).arg(size.height()),
         [&] { return widget(QStringLiteral("centralWidget"))->window()->size() == size; }, 5000);
+}
+
+void stage::wait_for_form(const QString& title) const
+{
+    wait_for(QStringLiteral("a form titled %1").arg(title), [&] {
+        const QWidget* front = QApplication::activeModalWidget();
+        return front != nullptr && front->isActiveWindow() && front->windowTitle() == title;
+    });
 }
 
 QString stage::wait_for_box(const QString& title, int timeout_ms) const

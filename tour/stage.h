@@ -40,7 +40,8 @@ public:
     void wait_for(const QString& what, const std::function<bool()>& condition,
                   int timeout_ms = 30'000) const;
 
-    /// The widget of that object name, which must be there. GUI thread only.
+    /// The widget of that object name, which must be there; that of the form in
+    /// front where several have one. GUI thread only.
     static QWidget* widget(const QString& name);
     /// The message box in front, or null. GUI thread only.
     static QMessageBox* box();
@@ -49,11 +50,15 @@ public:
     void click(const QPoint& place, int times = 1) const;
     void click(const QString& widget_name) const;
     void type(const QString& text) const;
+    /// Replaces the text of a field.
+    void fill(const QString& field_name, const QString& text) const;
     void press(const QString& key) const;
     /// Opens a menu of the menu bar and clicks an action in it or in a submenu.
     void choose(const QString& menu_action_name_or_title, const QString& action_name) const;
     void resize_window(const QSize& size) const;
 
+    /// Waits for a form of that title in front.
+    void wait_for_form(const QString& title) const;
     /// Waits for a box of that title and returns its text.
     QString wait_for_box(const QString& title, int timeout_ms = 30'000) const;
     /// Clicks the button of the box in front and waits until the box is gone.

@@ -7,12 +7,16 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QFileInfo>
+#include <QComboBox>
 #include <QImage>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPixmap>
 #include <QThread>
 
+#include <array>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <iterator>
@@ -390,6 +394,192 @@ void look_at_boxes(const stage& at)
     say(QStringLiteral("  help, about and drawing looked at"));
 }
 
+QString field(const char* name)
+{
+    return qobject_cast<QLineEdit*>(stage::widget(QLatin1String(name)))->text();
+}
+
+int systems()
+{
+    return qobject_cast<QComboBox*>(stage::widget(QStringLiteral("comboBox_3")))->count();
+}
+
+/// A moment for a form to be painted, then a picture.
+void take_picture_of_form(const stage& at, const QString& name)
+{
+    QThread::msleep(400);
+    at.take_picture(name);
+}
+
+using position = std::array<double, 3>;
+
+/// A place as another datum has it: shifted, turned and enlarged a little.
+position in_other_datum(const position& at)
+{
+    constexpr double arc_second = 4.84813681095679e-06;
+    constexpr double s = 1.0 + 1.1e-6;
+    constexpr double rx = -0.02 * arc_second;
+    constexpr double ry = 0.26 * arc_second;
+    constexpr double rz = 0.13 * arc_second;
+    return {s * at[0] + rz * at[1] - ry * at[2] - 24.1, s * at[1] - rz * at[0] + rx * at[2] + 123.4,
+            s * at[2] + ry * at[0] - rx * at[1] + 94.3};
+}
+
+/// Adds a group and fills in its point in both frames.
+void enter_pair(const stage& at, const position& source)
+{
+    static constexpr const char* fields[] = {"lineEdit",   "lineEdit_2", "lineEdit_3",
+                                             "lineEdit_4", "lineEdit_5", "lineEdit_6"};
+    at.click(QStringLiteral("pushButton_3"));
+    QThread::msleep(700); // the form shows a new group within half a second
+    const position target = in_other_datum(source);
+    for (std::size_t i = 0; i < std::size(fields); ++i)
+        at.fill(QLatin1String(fields[i]),
+                QString::number(i < 3 ? source[i] : target[i - 3], 'f', 4));
+    at.click(QStringLiteral("pushButton_4"));
+}
+
+void calibrate(const stage& at)
+{
+    at.click(QStringLiteral("pushButton_3"));
+    at.wait_for_form(QStringLiteral("坐标校准"));
+    at.fill(QStringLiteral("lineEdit"), QStringLiteral("3374210.40"));
+    at.fill(QStringLiteral("lineEdit_2"), QStringLiteral("528811.75"));
+    at.fill(QStringLiteral("lineEdit_3"), QStringLiteral("3374212.15"));
+    at.fill(QStringLiteral("lineEdit_4"), QStringLiteral("528810.50"));
+    at.wait_for(QStringLiteral("the differences"), [] {
+        return text_of("label_dx") == QStringLiteral("1.75") &&
+               text_of("label_dy") == QStringLiteral("-1.25");
+    });
+    take_picture_of_form(at, QStringLiteral("coordinates-zh-3-calibration"));
+    at.click(QStringLiteral("pushButton"));
+    at.wait_for_form(QStringLiteral("坐标系统"));
+    check(at.see([] { return field("east") + u' ' + field("north"); }) ==
+              QStringLiteral("500001.75 -1.25"),
+          QStringLiteral("the offsets did not follow"));
+    say(QStringLiteral("  calibrated: east 500001.75, north -1.25"));
+}
+
+void calculate(const stage& at)
+{
+    // Six towns far apart, so that the parameters themselves come back.
+    static constexpr position towns[] = {
+        {-2178000.0, 4389000.0, 4070000.0}, {-2333000.0, 5407000.0, 2436000.0},
+        {228000.0, 4640000.0, 4358000.0},   {-2678000.0, 3621000.0, 4502000.0},
+        {-106000.0, 5552000.0, 3124000.0},  {-2850000.0, 4657000.0, 3283000.0}};
+    at.click(QStringLiteral("pushButton_4"));
+    at.wait_for_form(QStringLiteral("七参数"));
+    at.click(QStringLiteral("radioButton_2"));
+    at.click(QStringLiteral("radioButton_4"));
+    for (const position& town : towns)
+        enter_pair(at, town);
+    take_picture_of_form(at, QStringLiteral("coordinates-zh-4-pairs"));
+    at.click(QStringLiteral("pushButton"));
+    const QString text = at.wait_for_box(QStringLiteral("成功"));
+    take_picture_of_form(at, QStringLiteral("coordinates-zh-5-parameters"));
+    at.answer_box(QMessageBox::Yes);
+    at.press(QStringLiteral("Escape"));
+    at.wait_for_form(QStringLiteral("坐标系统"));
+    const double dx = at.see([] { return field("dx_2").toDouble(); });
+    const double k = at.see([] { return field("k_8").toDouble(); });
+    check(std::abs(dx + 24.1) < 0.01 && std::abs(k - 1.1e-6) < 1e-9,
+          QStringLiteral("not the parameters of the pairs: ") + text);
+    say(QStringLiteral("  calculated by the server: dx %1, k %2").arg(dx).arg(k));
+}
+
+void make_a_coordinate_system(const stage& at)
+{
+    at.choose(QStringLiteral("设置"), QStringLiteral("action_coordinate"));
+    at.wait_for_form(QStringLiteral("坐标设置"));
+    at.click(QStringLiteral("radioButton"));
+    take_picture_of_form(at, QStringLiteral("coordinates-zh-1-settings"));
+    at.click(QStringLiteral("pushButton_6"));
+    at.wait_for_form(QStringLiteral("坐标系统"));
+    at.fill(QStringLiteral("sys_name"), QStringLiteral("Field 7"));
+    at.fill(QStringLiteral("center"), QStringLiteral("114"));
+    at.fill(QStringLiteral("center_2"), QStringLiteral("30"));
+    at.click(QStringLiteral("radioButton"));
+    take_picture_of_form(at, QStringLiteral("coordinates-zh-2-new"));
+    calibrate(at);
+    calculate(at);
+    take_picture_of_form(at, QStringLiteral("coordinates-zh-6-filled"));
+    at.click(QStringLiteral("pushButton"));
+    const QString text = at.wait_for_box(QStringLiteral("新建"));
+    take_picture_of_form(at, QStringLiteral("coordinates-zh-7-made"));
+    check(text == QStringLiteral("坐标系统新建成功"), text);
+    at.answer_box(QMessageBox::Ok);
+    at.wait_for_form(QStringLiteral("坐标设置"));
+    at.wait_for(QStringLiteral("five systems in the list"), [] { return systems() == 5; });
+    at.click(QStringLiteral("pushButton"));
+    at.wait_for(QStringLiteral("the settings closed"),
+                [] { return QApplication::activeModalWidget() == nullptr; });
+    say(QStringLiteral("  %1").arg(text));
+}
+
+/// The editor of the system that is chosen in the settings.
+void open_editor(const stage& at, const char* button)
+{
+    at.click(QLatin1String(button));
+    at.wait_for_form(QStringLiteral("Coordinate System"));
+}
+
+void manage_coordinate_systems(const stage& at)
+{
+    at.choose(QStringLiteral("Setting"), QStringLiteral("action_coordinate"));
+    at.wait_for_form(QStringLiteral("Coordinate Setting"));
+    // The system made last stands at the end.
+    at.click(QStringLiteral("comboBox_3"));
+    at.press(QStringLiteral("End"));
+    at.press(QStringLiteral("Return"));
+    at.wait_for(QStringLiteral("the system chosen"), [] {
+        return qobject_cast<QComboBox*>(stage::widget(QStringLiteral("comboBox_3")))
+                   ->currentText() == QStringLiteral("Field 7");
+    });
+    take_picture_of_form(at, QStringLiteral("coordinates-en-1-settings"));
+
+    open_editor(at, "pushButton_4");
+    check(at.see([] { return field("center_3"); }) == QStringLiteral("1800.0000"),
+          QStringLiteral("half a degree does not stand in the seconds"));
+    at.fill(QStringLiteral("tall"), QStringLiteral("35.5"));
+    take_picture_of_form(at, QStringLiteral("coordinates-en-2-edit"));
+    at.click(QStringLiteral("pushButton_3"));
+    at.wait_for_form(QStringLiteral("Plane Calibration"));
+    take_picture_of_form(at, QStringLiteral("coordinates-en-3-calibration"));
+    at.press(QStringLiteral("Escape"));
+    at.wait_for_form(QStringLiteral("Coordinate System"));
+    at.click(QStringLiteral("pushButton_4"));
+    at.wait_for_form(QStringLiteral("7 Parameter"));
+    for (int i = 0; i < 3; ++i)
+        at.click(QStringLiteral("pushButton_3"));
+    take_picture_of_form(at, QStringLiteral("coordinates-en-4-pairs"));
+    at.click(QStringLiteral("pushButton"));
+    say(QStringLiteral("  three pairs: ") + at.wait_for_box(QStringLiteral("Calculation")));
+    take_picture_of_form(at, QStringLiteral("coordinates-en-5-too-few"));
+    at.answer_box(QMessageBox::Ok);
+    at.press(QStringLiteral("Escape"));
+    at.wait_for_form(QStringLiteral("Coordinate System"));
+    at.click(QStringLiteral("pushButton"));
+    at.wait_for_form(QStringLiteral("Coordinate Setting"));
+
+    open_editor(at, "pushButton_3");
+    check(at.see([] { return field("tall"); }) == QStringLiteral("35.500000"),
+          QStringLiteral("the edited height was not kept"));
+    take_picture_of_form(at, QStringLiteral("coordinates-en-6-check"));
+    at.press(QStringLiteral("Escape"));
+    at.wait_for_form(QStringLiteral("Coordinate Setting"));
+
+    at.click(QStringLiteral("pushButton_5"));
+    const QString text = at.wait_for_box(QStringLiteral("DELETE"));
+    take_picture_of_form(at, QStringLiteral("coordinates-en-7-deleted"));
+    check(text == QStringLiteral("The coordinate system has been deleted."), text);
+    at.answer_box(QMessageBox::Ok);
+    at.wait_for(QStringLiteral("four systems in the list"), [] { return systems() == 4; });
+    at.press(QStringLiteral("Escape"));
+    at.wait_for(QStringLiteral("the settings closed"),
+                [] { return QApplication::activeModalWidget() == nullptr; });
+    say(QStringLiteral("  edited, looked at, deleted"));
+}
+
 void close_the_program(const stage& at)
 {
     at.choose(QStringLiteral("File"), QStringLiteral("action_quit"));
@@ -429,6 +619,7 @@ void walk(const QString& folder)
                            QStringLiteral("高德地图")});
          }},
         {"export CSV, Chinese", export_in_chinese},
+        {"make a coordinate system, Chinese", make_a_coordinate_system},
         {"switch to English", switch_to_english},
         {"look at three window sizes, English",
          [](const stage& at) { look_at_sizes(at, QStringLiteral("en")); }},
@@ -443,6 +634,7 @@ void walk(const QString& folder)
         {"edit a name", edit_a_name},
         {"delete one row", delete_one_row},
         {"look at boxes and drawing", look_at_boxes},
+        {"edit and delete a coordinate system, English", manage_coordinate_systems},
         {"close the program", close_the_program},
     };
     const stage at(folder);

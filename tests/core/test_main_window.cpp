@@ -2,6 +2,7 @@
 // resizing, languages, boxes, tables, ticks and edits, driven by events.
 
 #include "coordinates/json_file_manager.h"
+#include "coordinates/zuobiao_form_homepage.h"
 #include "core/application.h"
 #include "core/main_window.h"
 #include "core/main_window_form.h"
@@ -96,6 +97,8 @@ private slots:
     void close_asks_first();
     void menus_stand_as_designed();
     void help_boxes();
+    void coordinate_settings_open_and_come_back();
+    void coordinate_settings_end_before_they_open_again();
     void missing_features_say_so_data();
     void missing_features_say_so();
     void buttons_emit_their_signals();
@@ -805,7 +808,6 @@ void test_main_window::menus_stand_as_designed()
     m_ui->action_small_mu->trigger(); // connected to nothing
     QCOMPARE(watcher.boxes.size(), 0);
     const std::pair<QAction*, QString> same_as_button[] = {{m_ui->action_export_graphics, "打印"},
-                                                           {m_ui->action_coordinate, "坐标设置"},
                                                            {m_ui->action_software, "软件更新"}};
     for (const auto& [action, title] : same_as_button) {
         watcher.boxes.clear();
@@ -902,6 +904,53 @@ void test_main_window::help_boxes()
     QCOMPARE(watcher.boxes[2].text, help.join('\n'));
     for (const box_watcher::seen_box& box : std::as_const(watcher.boxes))
         QCOMPARE(box.buttons, QMessageBox::Ok);
+}
+
+void test_main_window::coordinate_settings_open_and_come_back()
+{
+    choose_english();
+    m_window->setmodeflag(4, m_window->js, 2);
+    const log_capture log;
+    QSignalSpy filled(m_window, &MainWindow::zuobiaochanged);
+    m_ui->action_coordinate->trigger();
+    zuobiaoForm_homepage* form = m_window->coordinate_form;
+    QVERIFY(form != nullptr);
+    QCOMPARE(QApplication::activeModalWidget(), form);
+    QCOMPARE(form->windowModality(), Qt::ApplicationModal);
+    QCOMPARE(form->windowTitle(), QStringLiteral("Coordinate Setting"));
+    QVERIFY(log.has("!!!!! 4 2"));
+    QCOMPARE(filled.size(), 1);
+    QCOMPARE(filled[0][0].toInt(), 4);
+    QCOMPARE(filled[0][1].value<JsonFileManager*>(), m_window->js);
+    QCOMPARE(filled[0][2].toInt(), 2);
+    QCOMPARE(filled[0][3].toInt(), 1);
+    auto* systems = form->findChild<QComboBox*>("comboBox_3");
+    QCOMPARE(systems->currentIndex(), 2);
+
+    systems->setCurrentIndex(1);
+    form->findChild<QComboBox*>("comboBox")->setCurrentIndex(0);
+    form->findChild<QPushButton*>("pushButton")->click();
+    QVERIFY(!form->isVisible());
+    QCOMPARE(m_window->mode_flag, 1);
+    QCOMPARE(m_window->sys_index, 1);
+    m_window->setmodeflag(0, m_window->js, 0);
+}
+
+void test_main_window::coordinate_settings_end_before_they_open_again()
+{
+    m_ui->action_coordinate->trigger();
+    const QPointer<zuobiaoForm_homepage> first = m_window->coordinate_form;
+    QVERIFY(first != nullptr);
+    {
+        const log_capture log;
+        m_window->show_coordinate_settings();
+        QVERIFY(first.isNull());
+        QVERIFY(log.has("坐标窗口已销毁"));
+    }
+    QVERIFY(m_window->coordinate_form != nullptr);
+    QVERIFY(m_window->coordinate_form->isVisible());
+    delete m_window->coordinate_form;
+    QCOMPARE(m_window->coordinate_form, nullptr);
 }
 
 void test_main_window::missing_features_say_so_data()
