@@ -6,8 +6,8 @@
 #include <QAbstractItemModel>
 #include <QAbstractItemView>
 #include <QApplication>
-#include <QFileInfo>
 #include <QComboBox>
+#include <QFileInfo>
 #include <QImage>
 #include <QLabel>
 #include <QLineEdit>
