@@ -153,6 +153,37 @@ double utm_scale(float k0)
     return static_cast<double>(k0 == 0.0F ? 0.9996F : k0);
 }
 
+/// The latitude of XYZ2BLH() is the arc tangent of a numerator over p, which each
+/// pass computes anew. This is the numerator after the passes that can be made
+/// without an angle: with sine and cosine of the last latitude written as sides of
+/// its triangle, a pass is one root and one quotient. A numerator counts only where
+/// both roads must end on the same double: the part that is added to z is known to
+/// 20 units of 2^-53 (10 for the road with angles, given functions right to the last
+/// place, 6 for this one, 4 for a numerator before that was off by two places), and
+/// the sum must round alike at both ends of a wider span. Passes whose rise is near
+/// the limit of 1e-10 radians are left to XYZ2BLH(), and all are for what is no
+/// place on or about an earth.
+double certain_numerator(double z, double p, double a, double e2, double ep2, double c)
+{
+    if (!(e2 > 0.0 && e2 < 0.01 && a > 1e6 && p * p + z * z > a * a / 4.0))
+        return z;
+    constexpr double doubt = 24.0 * 0x1p-53;
+    const double scale = e2 * c;
+    const double axis = (1.0 + ep2) * (p * p);
+    double certain = z;
+    double last = z;
+    for (;;) {
+        const double added = scale * last / std::sqrt(axis + last * last);
+        const double least = z + (added - added * doubt);
+        const double most = z + (added + added * doubt);
+        if (!((least - last) * p > 2e-10 * (p * p + last * last)))
+            return certain;
+        if (least == most)
+            certain = least;
+        last = least;
+    }
+}
+
 /// A longitude in -180 to 180 degrees, as adding or subtracting 360 until it fits
 /// gives it.
 double in_range(double longitude)
@@ -240,8 +271,9 @@ geodetic_position XYZ2BLH(const cartesian_position& position, double a, double b
     // Only a rise renews the difference, so a value that comes back closes a circle
     // that has no end. Comparing with a value kept for twice as many passes each
     // time finds every circle (Brent 1980).
-    double latitude = std::atan(position.z / p);
-    double difference = 0.0;
+    const double numerator = certain_numerator(position.z, p, a, e2, ep2, c);
+    double latitude = std::atan(numerator / p);
+    double difference = numerator == position.z ? 0.0 : 1.0; // what was skipped are rises
     double kept = latitude;
     std::uint64_t keep_at = 1;
     std::uint64_t pass = 0;
