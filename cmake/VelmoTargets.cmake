@@ -35,6 +35,7 @@ function(velmo_settings target)
   endif()
   if(VELMO_FUZZ)
     target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+    target_link_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
   endif()
 endfunction()
 

@@ -595,7 +595,7 @@ void test_seven_parameter::silence_is_told()
     clock.start();
     press(m_form.get(), "pushButton");
     QTRY_COMPARE_WITH_TIMEOUT(watcher.boxes.size(), 1, 30000);
-    QVERIFY(clock.elapsed() >= 2900);
+    QVERIFY(clock.elapsed() >= 2800); // a timer may be a twentieth early
     QCOMPARE(watcher.boxes[0].icon, QMessageBox::Warning);
     QCOMPARE(watcher.boxes[0].title, title);
     QCOMPARE(watcher.boxes[0].text, text);
