@@ -1,5 +1,7 @@
 #include "stage.h"
 
+#include "local_server.h"
+
 #include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
@@ -13,7 +15,8 @@
 #include <QScreen>
 #include <QThread>
 
-stage::stage(const QString& picture_folder) : m_folder(picture_folder)
+stage::stage(const QString& picture_folder, local_server& tiles)
+    : m_folder(picture_folder), m_tiles(tiles)
 {
     QDir().mkpath(m_folder);
 }
@@ -171,6 +174,11 @@ void stage::answer_box(int standard_button) const
     }));
     wait_for(
         QStringLiteral("the box closed"), [&] { return box() != open; }, 5000);
+}
+
+void stage::set_network(bool reached) const
+{
+    in_gui_thread([&] { m_tiles.open = reached; });
 }
 
 void stage::take_picture(const QString& name) const
