@@ -1,5 +1,7 @@
 #include "stage.h"
 
+#include "local_server.h"
+
 #include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
@@ -15,7 +17,8 @@
 #include <QScreen>
 #include <QThread>
 
-stage::stage(const QString& picture_folder) : m_folder(picture_folder)
+stage::stage(const QString& picture_folder, local_server& tiles)
+    : m_folder(picture_folder), m_tiles(tiles)
 {
     QDir().mkpath(m_folder);
 }
@@ -207,6 +210,11 @@ void stage::give_path(const QString& path) const
     type(path);
     press(QStringLiteral("Return"));
     wait_for(QStringLiteral("the file dialog closed"), [&] { return dialog() == nullptr; });
+}
+
+void stage::set_network(bool reached) const
+{
+    in_gui_thread([&] { m_tiles.open = reached; });
 }
 
 void stage::take_picture(const QString& name) const

@@ -11,6 +11,7 @@ class QAction;
 class QMenu;
 class QMessageBox;
 class QWidget;
+class local_server;
 
 /// A step of the tour did not come out as it should.
 class step_failed : public std::runtime_error
@@ -25,7 +26,7 @@ public:
 class stage
 {
 public:
-    explicit stage(const QString& picture_folder);
+    stage(const QString& picture_folder, local_server& tiles);
 
     /// Runs `look` in the GUI thread and returns what it returns.
     template <typename Look>
@@ -69,6 +70,9 @@ public:
     /// Path of a file among the pictures.
     [[nodiscard]] QString file(const QString& name) const { return m_folder + u'/' + name; }
 
+    /// Lets the map providers be reached, or not.
+    void set_network(bool reached) const;
+
     /// Saves the whole screen as NAME.png in the picture folder.
     void take_picture(const QString& name) const;
 
@@ -77,4 +81,5 @@ private:
     static void xdotool(const QStringList& arguments);
 
     QString m_folder;
+    local_server& m_tiles;
 };

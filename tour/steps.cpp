@@ -1,6 +1,7 @@
 #include "steps.h"
 
 #include "stage.h"
+#include "tiles.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemModel>
@@ -150,6 +151,7 @@ void switch_to_english(const stage& at)
 
 constexpr QRgb line_on_the_map = qRgb(0x1d, 0x4e, 0xd8);
 constexpr QRgb pin_on_the_map = qRgb(0xdc, 0x26, 0x26);
+constexpr QRgb note_on_the_map = qRgb(0xff, 0xf8, 0xe6);
 
 /// Whether the map shows enough of a colour to speak of.
 bool map_shows(QRgb colour)
@@ -162,6 +164,23 @@ bool map_shows(QRgb colour)
             found += (map.pixel(x, y) & RGB_MASK) == (colour & RGB_MASK) ? 1 : 0;
     }
     return found >= enough;
+}
+
+/// Waits until the map looks the same for a while: tiles fade in.
+void let_the_map_settle(const stage& at)
+{
+    const auto look = [&] {
+        return at.see([] { return stage::widget(QStringLiteral("map"))->grab().toImage(); });
+    };
+    QImage before = look();
+    constexpr int looks = 40; // at most: a map that never rests is worth a picture, too
+    constexpr int enough = 4; // in a row: on a busy machine the tiles come in slowly
+    for (int same = 0, taken = 0; same < enough && taken < looks; ++taken) {
+        QThread::msleep(500);
+        const QImage now = look();
+        same = now == before ? same + 1 : 0;
+        before = now;
+    }
 }
 
 /// Clicks the tick of a measurement of the instrument's memory. The last
@@ -217,13 +236,27 @@ void look_at_maps(const stage& at, const QString& menu, const QString& language,
         at.wait_for(QStringLiteral("a page without the figures of the one before"),
                     [] { return !map_shows(line_on_the_map); });
         tick_measurement(at, providers[i].measurement);
-        at.wait_for(QStringLiteral("figures on the page of %1").arg(title),
-                    [] { return map_shows(line_on_the_map); });
-        // Until the totals have followed and the screen has what the page has.
-        QThread::msleep(700);
+        at.wait_for(QStringLiteral("figures and tiles on the page of %1").arg(title),
+                    [] { return map_shows(line_on_the_map) && map_shows(tiles::land); });
+        let_the_map_settle(at); // and the totals follow
         at.take_picture(QStringLiteral("map-%1-%2").arg(language).arg(i + 1));
     }
     look_at_drawing(at, language);
+
+    // The same with no network.
+    at.set_network(false);
+    at.choose(menu, QLatin1String(providers[0].action));
+    at.wait_for(QStringLiteral("the line that tells of missing tiles"),
+                [] { return map_shows(note_on_the_map); });
+    tick_measurement(at, 16);
+    at.wait_for(QStringLiteral("figures on a plain background"),
+                [] { return map_shows(line_on_the_map) && !map_shows(tiles::land); });
+    let_the_map_settle(at);
+    at.take_picture(QStringLiteral("map-%1-no-network").arg(language));
+    at.set_network(true);
+    at.choose(menu, QLatin1String(providers[2].action));
+    at.wait_for(QStringLiteral("the tiles back"), [] { return map_shows(tiles::land); });
+
     at.click(QStringLiteral("checkBox"));
     at.click(QStringLiteral("checkBox"));
     at.wait_for(QStringLiteral("all ticks gone"), [] { return ticked_rows() == 0; });
@@ -600,7 +633,7 @@ void close_the_program(const stage& at)
     at.click(yes);
 }
 
-void walk(const QString& folder)
+void walk(const QString& folder, local_server& tiles)
 {
     struct step
     {
@@ -637,7 +670,7 @@ void walk(const QString& folder)
         {"edit and delete a coordinate system, English", manage_coordinate_systems},
         {"close the program", close_the_program},
     };
-    const stage at(folder);
+    const stage at(folder, tiles);
     const char* now = "";
     try {
         for (const step& one : steps) {
@@ -661,6 +694,11 @@ void walk(const QString& folder)
 
 tour::tour(const QString& picture_folder) : m_folder(picture_folder)
 {
+    m_tiles.body_for = tiles::picture_for;
+    // Read when the web engine starts.
+    qputenv("QTWEBENGINE_CHROMIUM_FLAGS",
+            "--ignore-certificate-errors --host-resolver-rules=\"MAP * 127.0.0.1:" +
+                QByteArray::number(m_tiles.port()) + '"');
     QMetaObject::invokeMethod(this, &tour::start, Qt::QueuedConnection);
 }
 
@@ -672,6 +710,6 @@ tour::~tour()
 
 void tour::start()
 {
-    m_person.reset(QThread::create([folder = m_folder] { walk(folder); }));
+    m_person.reset(QThread::create([this] { walk(m_folder, m_tiles); }));
     m_person->start();
 }

@@ -20,15 +20,16 @@ QSslConfiguration own_certificate()
     const QString certificate = folder.filePath(QStringLiteral("certificate.pem"));
     QProcess openssl;
     openssl.start(QStringLiteral("openssl"),
-                  {"req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "1", "-subj",
-                   "/CN=tiles.example", "-keyout", key, "-out", certificate});
+                  {"req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
+                   "-nodes", "-days", "1", "-subj", "/CN=tiles.example", "-keyout", key, "-out",
+                   certificate});
     if (!openssl.waitForFinished(30'000) || openssl.exitCode() != 0)
         qFatal("openssl made no certificate: %s", openssl.readAllStandardError().constData());
     QFile key_file(key);
     if (!key_file.open(QIODevice::ReadOnly))
         qFatal("no key was written");
     QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
-    configuration.setPrivateKey(QSslKey(&key_file, QSsl::Rsa));
+    configuration.setPrivateKey(QSslKey(&key_file, QSsl::Ec));
     configuration.setLocalCertificateChain(QSslCertificate::fromPath(certificate));
     configuration.setPeerVerifyMode(QSslSocket::VerifyNone);
     return configuration;
@@ -80,11 +81,12 @@ void local_server::serve(QTcpSocket* socket)
             else if (line.toLower().startsWith("host:"))
                 socket->setProperty("host", line.mid(5).trimmed());
             else if (line.isEmpty() && path.isValid()) {
-                requests += socket->property("host").toString() + path.toString();
+                const QString request = socket->property("host").toString() + path.toString();
+                requests += request;
                 socket->setProperty("path", QVariant());
                 if (silent)
                     continue;
-                const QByteArray sent = open ? body : QByteArray();
+                const QByteArray sent = !open ? QByteArray() : body_for ? body_for(request) : body;
                 socket->write(QByteArray(open ? "HTTP/1.1 200 OK" : "HTTP/1.1 503 Closed") +
                               "\r\nContent-Type: " + body_type +
                               "\r\nCache-Control: no-store\r\nAccess-Control-Allow-Origin: *" +

@@ -7,6 +7,7 @@
 #include <QStringList>
 #include <QTcpServer>
 
+#include <functional>
 #include <memory>
 
 class QTcpSocket;
@@ -33,8 +34,9 @@ public:
 
     bool open = true;
     bool silent = false;
-    /// The body of every answer.
+    /// The body of every answer, unless each request has its own.
     QByteArray body;
+    std::function<QByteArray(const QString& request)> body_for;
     QByteArray body_type = "image/png";
     /// Host and path of each request, as in "webrd01.is.autonavi.com/appmaptile?x=1".
     QStringList requests;
