@@ -94,6 +94,14 @@ constexpr built_in built_in_systems[] = {
 /// only fill the memory.
 constexpr qint64 largest_file = qint64{64} * 1024 * 1024;
 
+/// Whether something else than a file or a folder lies there: opening a pipe or
+/// reading a device may take for ever.
+bool would_wait(const QFile& file)
+{
+    const QFileInfo info(file);
+    return info.exists() && !info.isFile() && !info.isDir();
+}
+
 QDir store_folder()
 {
 #ifdef Q_OS_WIN
@@ -211,8 +219,7 @@ QJsonObject JsonFileManager::readJsonFile() const
         qWarning() << "文件不存在，无法读取";
         return {};
     }
-    // Opening a pipe or a device in the place of the file could wait for ever.
-    if (const QFileInfo info(file_path); !info.isFile() && !info.isDir()) {
+    if (would_wait(file)) {
         qWarning() << "无法打开文件进行读取:"
                    << "not a regular file";
         return {};
@@ -242,6 +249,11 @@ bool JsonFileManager::writeJsonFile(const QJsonObject& json) const
         return false;
     }
     QFile file(file_path);
+    if (would_wait(file)) {
+        qWarning() << "无法打开文件进行写入:"
+                   << "not a regular file";
+        return false;
+    }
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
         qWarning() << "无法打开文件进行写入:" << file.errorString();
         return false;

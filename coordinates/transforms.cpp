@@ -184,18 +184,6 @@ double certain_numerator(double z, double p, double a, double e2, double ep2, do
     }
 }
 
-/// A longitude in -180 to 180 degrees, as adding or subtracting 360 until it fits
-/// gives it.
-double in_range(double longitude)
-{
-    if (std::fabs(longitude) <= 180.0)
-        return longitude;
-    const double rest = std::fmod(longitude, 360.0);
-    if (rest > 180.0)
-        return rest - 360.0;
-    return rest < -180.0 ? rest + 360.0 : rest;
-}
-
 } // namespace
 
 plane_position wgs84_to_plane(geodetic_position& position, model_param& param, double a, double b,
@@ -352,6 +340,16 @@ plane_position UTMBL2XY(const model_param::projection_block& block,
     return result;
 }
 
+double longitude_in_range(double longitude)
+{
+    if (std::fabs(longitude) <= 180.0)
+        return longitude;
+    const double rest = std::fmod(longitude, 360.0);
+    if (rest > 180.0)
+        return rest - 360.0;
+    return rest < -180.0 ? rest + 360.0 : rest + 0.0; // -360 comes to 0 and not to -0
+}
+
 geodetic_position XY2BL(const model_param::projection_block& block, const plane_position& position,
                         double a, double f)
 {
@@ -365,7 +363,8 @@ geodetic_position XY2BL(const model_param::projection_block& block, const plane_
     const double fourth = 3.0 * s.t + 5.0 + s.c - 9.0 * s.c * s.t;
     const double sixth = 45.0 * s.t * s.t + 90.0 * s.t + 61.0;
     const double fifth = 28.0 * s.t + 5.0 + 6.0 * s.c + 8.0 * s.t * s.c + 24.0 * s.t * s.t;
-    return {s.latitude(d, fourth, sixth), in_range(s.longitude(d, fifth, meridian)), position.h};
+    return {s.latitude(d, fourth, sixth), longitude_in_range(s.longitude(d, fifth, meridian)),
+            position.h};
 }
 
 geodetic_position UTMXY2BL(const model_param::projection_block& block,
