@@ -73,7 +73,7 @@ void graphic_widget::draw(QPainter& painter) const
 {
     const drawing_layout layout = lay_out_drawing(draw_data, size(), frame_shown != 0);
 
-    painter.setViewport(rect()); // an image counts in its own pixels
+    painter.setViewport(rect());                        // an image counts in its own pixels
     painter.setWindow(0, height(), width(), -height()); // y upwards
     painter.setRenderHint(QPainter::Antialiasing);
     painter.fillRect(rect(), Qt::white);
