@@ -114,13 +114,19 @@ struct scanner
         at = begin;
         return false;
     }
+    /// Between a character of a word and one that is none, as \b is. The long s
+    /// and the Kelvin sign are none.
+    [[nodiscard]] bool at_boundary() const
+    {
+        return is_word(text[at - 1].unicode()) != (!at_end() && is_word(here()));
+    }
     /// "<" and the name; the end of the tag is not looked for.
     bool take_opening(QLatin1String name)
     {
         const qsizetype begin = at;
         if (take(u'<')) {
             take_blanks();
-            if (take_name(name, [this] { return at_end() || !is_word(here()); }))
+            if (take_name(name, [this] { return at_boundary(); }))
                 return true;
         }
         at = begin;
