@@ -258,7 +258,7 @@ void MainWindow::on_data_output_file_clicked()
     join(&out::send_btm_sign_to_threadkey_excel, &hub::recv_excel_sign_from_output);
 
     dialog->setWindowModality(Qt::ApplicationModal);
-    dialog->show();
+    show_in_the_middle(dialog);
 }
 
 void MainWindow::on_data_input_file_clicked()
@@ -269,6 +269,12 @@ void MainWindow::on_data_input_file_clicked()
     emit variableChanged(language);
     connect(dialog, &input_window::send_btm_sign_to_mainwindow_import_file, this,
             &MainWindow::recv_input_signal);
+    show_in_the_middle(dialog);
+}
+
+void MainWindow::show_in_the_middle(QWidget* dialog)
+{
+    dialog->move(geometry().center() - dialog->rect().center());
     dialog->show();
 }
 

@@ -272,6 +272,7 @@ private:
     [[nodiscard]] bool confirm_quit();
     void quit_if_confirmed();
     void tell_not_available(const QString& feature);
+    void show_in_the_middle(QWidget* dialog);
 
     [[nodiscard]] QStringList headings(bool main_table) const;
     [[nodiscard]] measurement_tables::kind_models kind_models() const;

@@ -5,6 +5,8 @@
 #include <QApplication>
 #include <QDeadlineTimer>
 #include <QDir>
+#include <QFileDialog>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -171,6 +173,21 @@ void stage::answer_box(int standard_button) const
     }));
     wait_for(
         QStringLiteral("the box closed"), [&] { return box() != open; }, 5000);
+}
+
+void stage::give_path(const QString& path) const
+{
+    const auto dialog = [] {
+        return qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+    };
+    wait_for(QStringLiteral("a file dialog"), [&] {
+        return dialog() != nullptr && dialog()->isActiveWindow() &&
+               qobject_cast<QLineEdit*>(QApplication::focusWidget()) != nullptr;
+    });
+    press(QStringLiteral("ctrl+a"));
+    type(path);
+    press(QStringLiteral("Return"));
+    wait_for(QStringLiteral("the file dialog closed"), [&] { return dialog() == nullptr; });
 }
 
 void stage::take_picture(const QString& name) const

@@ -59,6 +59,11 @@ public:
     /// Clicks the button of the box in front and waits until the box is gone.
     void answer_box(int standard_button) const;
 
+    /// Types a path into the file dialog that opens and confirms it.
+    void give_path(const QString& path) const;
+    /// Path of a file among the pictures.
+    [[nodiscard]] QString file(const QString& name) const { return m_folder + u'/' + name; }
+
     /// Saves the whole screen as NAME.png in the picture folder.
     void take_picture(const QString& name) const;
 

@@ -6,6 +6,7 @@
 #include <QAbstractItemModel>
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QFileInfo>
 #include <QImage>
 #include <QLabel>
 #include <QMessageBox>
@@ -225,6 +226,84 @@ void look_at_maps(const stage& at, const QString& menu, const QString& language,
     say(QStringLiteral("  figures on the maps of %1").arg(titles.join(QStringLiteral(", "))));
 }
 
+QWidget* dialog(const char* title)
+{
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (window->isVisible() && window->windowTitle() == QString::fromUtf8(title))
+            return window;
+    }
+    return nullptr;
+}
+
+/// Opens a dialog with its button, and gives it a moment to look at what is in it.
+void open_dialog(const stage& at, const char* button, const char* title)
+{
+    at.click(QLatin1String(button));
+    at.wait_for(QString::fromUtf8(title),
+                [title] { return dialog(title) != nullptr && dialog(title)->isActiveWindow(); });
+    QThread::msleep(700);
+}
+
+void close_dialog(const stage& at, const char* title)
+{
+    at.press(QStringLiteral("Escape"));
+    at.wait_for(QStringLiteral("the dialog closed"), [title] { return dialog(title) == nullptr; });
+}
+
+/// Exports what is ticked as one CSV file.
+void export_csv(const stage& at, const char* title, const QString& language)
+{
+    const QString path = at.file(QStringLiteral("field-%1.csv").arg(language));
+    open_dialog(at, "data_output_file", title);
+    at.take_picture(QStringLiteral("export-%1").arg(language));
+    at.click(QStringLiteral("pushButton"));
+    at.give_path(path);
+    const QString text = at.wait_for_box(QStringLiteral("csv"));
+    check(text == QStringLiteral("csv多数据合并导出成功"), text);
+    at.take_picture(QStringLiteral("exported-%1").arg(language));
+    at.answer_box(QMessageBox::Ok);
+    close_dialog(at, title);
+    check(QFileInfo(path).size() > 0, path);
+    say(QStringLiteral("  %1: %2 bytes").arg(path).arg(QFileInfo(path).size()));
+}
+
+constexpr int exported[] = {2, 7, 15};
+
+void export_in_chinese(const stage& at)
+{
+    for (const int number : exported)
+        tick_measurement(at, number);
+    export_csv(at, "导出为", QStringLiteral("zh"));
+    open_dialog(at, "data_input_file", "导入");
+    at.take_picture(QStringLiteral("import-zh"));
+    close_dialog(at, "导入");
+    at.click(QStringLiteral("checkBox"));
+    at.click(QStringLiteral("checkBox"));
+    at.wait_for(QStringLiteral("all ticks gone"), [] { return ticked_rows() == 0; });
+}
+
+/// Files with English headings are written and not read again, so what is read is
+/// the Chinese file.
+void export_and_import_in_english(const stage& at)
+{
+    tick_measurement(at, exported[0]);
+    export_csv(at, "Export As", QStringLiteral("en"));
+    const int before = at.see([] { return rows("alltableView"); });
+    open_dialog(at, "data_input_file", "Import");
+    at.take_picture(QStringLiteral("import-en"));
+    at.click(QStringLiteral("pushButton_2"));
+    at.give_path(at.file(QStringLiteral("field-zh.csv")));
+    const QString text = at.wait_for_box(QStringLiteral("导入"));
+    check(text == QStringLiteral("csv多数据文件导入成功"), text);
+    at.take_picture(QStringLiteral("imported-en"));
+    at.answer_box(QMessageBox::Ok);
+    close_dialog(at, "Import");
+    const int after = at.see([] { return rows("alltableView"); });
+    check(after == before + static_cast<int>(std::size(exported)),
+          QStringLiteral("%1 rows became %2").arg(before).arg(after));
+    say(QStringLiteral("  %1; %2 rows became %3").arg(text).arg(before).arg(after));
+}
+
 void tick_all(const stage& at)
 {
     at.click(QStringLiteral("checkBox"));
@@ -349,6 +428,7 @@ void walk(const QString& folder)
                           {QStringLiteral("谷歌地图"), QStringLiteral("天地图"),
                            QStringLiteral("高德地图")});
          }},
+        {"export CSV, Chinese", export_in_chinese},
         {"switch to English", switch_to_english},
         {"look at three window sizes, English",
          [](const stage& at) { look_at_sizes(at, QStringLiteral("en")); }},
@@ -359,6 +439,7 @@ void walk(const QString& folder)
                           {QStringLiteral("Google Map"), QStringLiteral("Sky Map"),
                            QStringLiteral("Gaode Map")});
          }},
+        {"export and import CSV, English", export_and_import_in_english},
         {"edit a name", edit_a_name},
         {"delete one row", delete_one_row},
         {"look at boxes and drawing", look_at_boxes},
