@@ -111,7 +111,7 @@ function(velmo_fuzzer name)
 
   set(kept "${CMAKE_CURRENT_BINARY_DIR}/${name}.corpus")
   file(MAKE_DIRECTORY "${kept}")
-  set(options -max_total_time=${VELMO_FUZZ_SECONDS} -timeout=20 -rss_limit_mb=4096
+  set(options -max_total_time=${VELMO_FUZZ_SECONDS} -timeout=120 -rss_limit_mb=4096 -max_len=8192
     -print_final_stats=1 "-artifact_prefix=${CMAKE_CURRENT_BINARY_DIR}/${name}.")
   if(arg_DICTIONARY)
     list(APPEND options "-dict=${CMAKE_CURRENT_SOURCE_DIR}/${arg_DICTIONARY}")
@@ -119,5 +119,5 @@ function(velmo_fuzzer name)
   add_test(NAME ${name} COMMAND ${name} ${options} "${kept}" ${arg_SEEDS})
   math(EXPR limit "${VELMO_FUZZ_SECONDS} * 2 + 300")
   set_tests_properties(${name} PROPERTIES LABELS fuzz TIMEOUT ${limit}
-    ENVIRONMENT "LC_ALL=C.UTF-8;UBSAN_OPTIONS=print_stacktrace=1")
+    ENVIRONMENT "LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0;UBSAN_OPTIONS=print_stacktrace=1")
 endfunction()

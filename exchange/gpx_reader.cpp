@@ -8,12 +8,34 @@
 
 namespace {
 
+/// A copy of the text among those that the record keeps: in pieces of growing size,
+/// as memory for each number of a point would take longer than reading it.
+QString keep(QStringView text, exportRecord& record)
+{
+    constexpr qsizetype first_piece = 64; // characters
+    QStringList& pieces = record.kept_texts;
+    if (pieces.isEmpty() || pieces.last().capacity() - pieces.last().size() < text.size()) {
+        const qsizetype size = pieces.isEmpty() ? first_piece : 2 * pieces.last().size();
+        pieces.append(QString());
+        pieces.last().reserve(std::max(size, text.size()));
+    }
+    QString& piece = pieces.last();
+    piece.append(text); // within its capacity, so what is there stays in its place
+    return exportRecord::shared(QStringView(piece).last(text.size()));
+}
+
 /// Appends the position of the point on whose start element `xml` stands.
 void append_position(const QXmlStreamReader& xml, exportRecord& record)
 {
     const QXmlStreamAttributes attributes = xml.attributes();
-    record.coordinate_pairs.emplaceBack(attributes.value(QLatin1String("lon")).toString(),
-                                        attributes.value(QLatin1String("lat")).toString());
+    record.coordinate_pairs.emplaceBack(keep(attributes.value(QLatin1String("lon")), record),
+                                        keep(attributes.value(QLatin1String("lat")), record));
+}
+
+/// Appends the text of the element on whose start `xml` stands.
+void append_altitude(QXmlStreamReader& xml, exportRecord& record)
+{
+    record.altitudes.append(keep(xml.readElementText(), record));
 }
 
 /// A point of a route or a track. Without `ele` its altitude is missing.
@@ -22,7 +44,7 @@ void read_point(QXmlStreamReader& xml, QLatin1String element, exportRecord& reco
     append_position(xml, record);
     while (next_element_within(xml, element)) {
         if (xml.name() == QLatin1String("ele"))
-            record.altitudes.append(xml.readElementText());
+            append_altitude(xml, record);
     }
 }
 
@@ -31,7 +53,7 @@ void read_waypoint(QXmlStreamReader& xml, exportRecord& record)
     append_position(xml, record);
     while (next_element_within(xml, QLatin1String("wpt"))) {
         if (xml.name() == QLatin1String("ele"))
-            record.altitudes.append(xml.readElementText());
+            append_altitude(xml, record);
         else if (xml.name() == QLatin1String("desc"))
             parse_gpx_desc(xml, record);
     }

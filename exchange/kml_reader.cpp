@@ -22,22 +22,23 @@ struct tuple
 {
     std::array<QStringView, 3> parts;
     qsizetype count = 0; ///< may be more than are kept
-
-    void append(QStringView part)
-    {
-        if (part.isEmpty())
-            return;
-        if (count < std::ssize(parts))
-            parts[static_cast<std::size_t>(count)] = part;
-        ++count;
-    }
 };
 
 tuple tuple_of(QStringView text)
 {
     tuple found;
-    for (const QStringView part : text.tokenize(u',', Qt::SkipEmptyParts))
-        found.append(part);
+    const QChar* const end = text.end();
+    for (const QChar* begin = text.begin(); begin < end; ++begin) {
+        const QChar* const comma = std::find(begin, end, u',');
+        if (comma == begin)
+            continue;
+        if (found.count < std::ssize(found.parts))
+            found.parts[static_cast<std::size_t>(found.count)] = QStringView(begin, comma);
+        ++found.count;
+        begin = comma;
+        if (begin == end)
+            break;
+    }
     return found;
 }
 

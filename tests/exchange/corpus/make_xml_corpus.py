@@ -174,8 +174,8 @@ kml("entity_recursion.kml", HEAD + '<!DOCTYPE kml [<!ENTITY a "&b;"><!ENTITY b "
     f'<kml xmlns="{KML}">' + placemark(line("1,2\n&a;")) + "</kml>")
 kml("external_entity.kml", HEAD + '<!DOCTYPE kml [<!ENTITY x SYSTEM "file:///etc/hostname">]>\n'
     f'<kml xmlns="{KML}">' + placemark(line(LINES), "&x;") + "</kml>")
-kml("deep_nesting.kml", f'<kml xmlns="{KML}">' + "<Folder>" * 3000 + placemark(line(LINES), "Deep")
-    + "</Folder>" * 3000 + "</kml>")
+kml("deep_nesting.kml", f'<kml xmlns="{KML}">' + "<Folder>" * 1000 + placemark(line(LINES), "Deep")
+    + "</Folder>" * 1000 + "</kml>")
 kml("placemarks_in_placemarks.kml", document("<Placemark>" * 50 + line(LINES) + "</Placemark>" * 50))
 kml("geometry_without_coordinates.kml", document(placemark("<Point></Point>")))
 kml("coordinates_of_words.kml", document(placemark(line("north,east,up\nleft,right"))))
