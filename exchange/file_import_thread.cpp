@@ -181,9 +181,9 @@ QString file_import_thread::normalize_datetime(const QString& text)
     const auto two_digits = [&match](int group) {
         return match.captured(group).rightJustified(2, QLatin1Char('0'));
     };
-    const QString time = QStringLiteral("%1-%2-%3 %4:%5:%6")
-                             .arg(match.captured(1), two_digits(2), two_digits(3), two_digits(4),
-                                  two_digits(5), two_digits(6));
+    QString time = QStringLiteral("%1-%2-%3 %4:%5:%6")
+                       .arg(match.captured(1), two_digits(2), two_digits(3), two_digits(4),
+                            two_digits(5), two_digits(6));
     qDebug() << "dateTimeStr:   " << text;
     qDebug() << "time:   " << time;
     return time;

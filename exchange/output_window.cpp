@@ -216,7 +216,7 @@ QString outputWindow::ask_path(int format)
 {
     const export_format& chosen = export_formats[static_cast<std::size_t>(format)];
     const QString start = QLatin1String(chosen.default_path);
-    const QString path =
+    QString path =
         chosen.filter != nullptr
             ? QFileDialog::getSaveFileName(this, tr("Export File"), start, tr(chosen.filter))
             : QFileDialog::getExistingDirectory(this, tr("Choose Directory"), start,
