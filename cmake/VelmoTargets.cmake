@@ -35,22 +35,7 @@ function(velmo_settings target)
   endif()
   if(VELMO_FUZZ)
     target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
-    target_link_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
   endif()
-endfunction()
-
-# velmo_fuzzer(name SOURCES s... LINKS l...)
-#
-# A libFuzzer program, built with -DVELMO_FUZZ=ON and clang.
-function(velmo_fuzzer name)
-  if(NOT VELMO_FUZZ)
-    return()
-  endif()
-  cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
-  add_executable(${name} ${arg_SOURCES})
-  target_link_libraries(${name} PRIVATE ${arg_LINKS})
-  velmo_settings(${name})
-  target_link_options(${name} PRIVATE -fsanitize=fuzzer)
 endfunction()
 
 # velmo_library(target FOLDER folder [HEADERS h...] SOURCES s... LINKS l...)
@@ -108,4 +93,37 @@ function(velmo_test name)
     LABELS "${arg_LABELS}"
     TIMEOUT 600
     ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0;UBSAN_OPTIONS=print_stacktrace=1")
+endfunction()
+
+# velmo_fuzzer(name SOURCES s... LINKS l... [SEEDS folder...] [DICTIONARY file])
+#
+# One libFuzzer program for one reader, with -DVELMO_FUZZ=ON and clang, run by CTest under the label "fuzz" for
+# VELMO_FUZZ_SECONDS. Inputs that are worth keeping gather in <name>.corpus of the
+# build folder and are used again; one that fails is left beside it.
+set(VELMO_FUZZ_SECONDS 60 CACHE STRING "How long each fuzz target runs under CTest")
+function(velmo_fuzzer name)
+  if(NOT VELMO_FUZZ)
+    return()
+  endif()
+  cmake_parse_arguments(arg "" "DICTIONARY" "SOURCES;LINKS;SEEDS" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE ${arg_LINKS})
+  target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+  velmo_settings(${name})
+  if(NOT TARGET velmo_fuzzers)
+    add_custom_target(velmo_fuzzers)
+  endif()
+  add_dependencies(velmo_fuzzers ${name})
+
+  set(kept "${CMAKE_CURRENT_BINARY_DIR}/${name}.corpus")
+  file(MAKE_DIRECTORY "${kept}")
+  set(options -max_total_time=${VELMO_FUZZ_SECONDS} -timeout=120 -rss_limit_mb=4096 -max_len=8192
+    -print_final_stats=1 "-artifact_prefix=${CMAKE_CURRENT_BINARY_DIR}/${name}.")
+  if(arg_DICTIONARY)
+    list(APPEND options "-dict=${CMAKE_CURRENT_SOURCE_DIR}/${arg_DICTIONARY}")
+  endif()
+  add_test(NAME ${name} COMMAND ${name} ${options} "${kept}" ${arg_SEEDS})
+  math(EXPR limit "${VELMO_FUZZ_SECONDS} * 2 + 300")
+  set_tests_properties(${name} PROPERTIES LABELS fuzz TIMEOUT ${limit}
+    ENVIRONMENT "LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0;UBSAN_OPTIONS=print_stacktrace=1")
 endfunction()

@@ -42,29 +42,43 @@ struct geometry
     QString lines; ///< the lines with altitudes
 };
 
+/// Copies a text to where \a to stands, and gives the place behind it.
+QChar* put(QChar* to, QStringView text)
+{
+    return std::copy(text.begin(), text.end(), to);
+}
+
 /// The texts of a record's points. In a foreign file points can lack altitudes:
 /// those at the end that have none get 0.
 geometry geometry_texts(const exportRecord& record)
 {
-    geometry texts;
-    const qsizetype points = record.coordinate_pairs.size();
-    if (points == 0)
-        return texts;
-    const auto& [longitude, latitude] = record.coordinate_pairs.first();
-    const qsizetype pair_size = longitude.size() + latitude.size() + 2;
-    texts.data.reserve(points * pair_size);
-    texts.lines.reserve(points * (pair_size + record.altitudes.value(0).size() + 1));
-    for (qsizetype k = 0; k < points; ++k) {
-        const auto& [first, second] = record.coordinate_pairs[k];
+    const auto& pairs = record.coordinate_pairs;
+    const auto altitude = [&record](qsizetype k) {
+        return k < record.altitudes.size() ? QStringView(record.altitudes[k]) : QStringView(u"0");
+    };
+    qsizetype pair_size = 0;
+    qsizetype altitude_size = 0;
+    for (qsizetype k = 0; k < pairs.size(); ++k) {
+        pair_size += pairs[k].first.size() + pairs[k].second.size() + 2;
+        altitude_size += altitude(k).size() + 1;
+    }
+    if (pairs.isEmpty())
+        return {};
+    geometry texts{QString(pair_size - 1, Qt::Uninitialized),
+                   QString(pair_size + altitude_size, Qt::Uninitialized)};
+    QChar* data = texts.data.data();
+    QChar* lines = texts.lines.data();
+    for (qsizetype k = 0; k < pairs.size(); ++k) {
+        QChar* const pair = lines;
+        lines = put(lines, pairs[k].first);
+        *lines++ = u',';
+        lines = put(lines, pairs[k].second);
         if (k > 0)
-            texts.data.append(u',');
-        texts.data.append(first).append(u',').append(second);
-        texts.lines.append(first).append(u',').append(second).append(u',');
-        if (k < record.altitudes.size())
-            texts.lines.append(record.altitudes[k]);
-        else
-            texts.lines.append(u'0');
-        texts.lines.append(u'\n');
+            *data++ = u',';
+        data = std::copy(pair, lines, data);
+        *lines++ = u',';
+        lines = put(lines, altitude(k));
+        *lines++ = u'\n';
     }
     return texts;
 }
@@ -85,6 +99,7 @@ void file_import_thread::import_file(QString path, int new_mode, JsonFileManager
     data_msg_altitude.clear();
     point_msg_all.clear();
     m_known.clear();
+    m_file_points.clear();
 
     mode = new_mode;
     const CoordinateSystem system = chosen_system(js, sys_index);
@@ -106,7 +121,7 @@ void file_import_thread::import_file(QString path, int new_mode, JsonFileManager
 
 void file_import_thread::append_to_results(tail_options options)
 {
-    for (const exportRecord& read : std::as_const(working_list)) {
+    for (exportRecord& read : working_list) {
         measuringData record;
         record.numpoint = read.numpoint;
         record.method = read.method;
@@ -122,12 +137,17 @@ void file_import_thread::append_to_results(tail_options options)
         record.name = read.name;
 
         const auto [data, lines] = geometry_texts(read);
+        const qsizetype points = read.coordinate_pairs.size();
+        // The next record's texts take the place: it is half of the memory.
+        read.coordinate_pairs = {};
+        read.altitudes = {};
+        read.kept_texts = {};
         if (options.drop_duplicates && in_results(record, lines)) {
             qDebug() << "table_list have this data";
             continue;
         }
         table_list.append(record);
-        append_geometry(data, lines, read.coordinate_pairs.size());
+        append_geometry(data, lines, points);
     }
 }
 
@@ -142,11 +162,13 @@ bool file_import_thread::in_results(const measuringData& record, const QString& 
 void file_import_thread::append_geometry(const QString& data, const QString& lines,
                                          qsizetype points)
 {
-    static const point_msg point = file_point();
+    QList<point_msg>& alike = m_file_points[points];
+    if (alike.size() != points)
+        alike = QList<point_msg>(points, file_point());
     m_known.insert(hash_of(table_list.last(), lines), data_msg_altitude.size());
     data_msg.append(data);
     data_msg_altitude.append(lines);
-    point_msg_all.append(QList<point_msg>(points, point));
+    point_msg_all.append(alike);
 }
 
 QString file_import_thread::normalize_datetime(const QString& text)

@@ -98,4 +98,6 @@ private:
     /// Where in the results a record may be found again, by the hash of what
     /// in_results() compares.
     QMultiHash<size_t, qsizetype> m_known;
+    /// Points of files are all alike: records with equally many share one list.
+    QHash<qsizetype, QList<point_msg>> m_file_points;
 };

@@ -8,6 +8,7 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
+#include <QDir>
 #include <QFileInfo>
 #include <QImage>
 #include <QLabel>
@@ -287,30 +288,80 @@ void close_dialog(const stage& at, const char* title)
     at.wait_for(QStringLiteral("the dialog closed"), [title] { return dialog(title) == nullptr; });
 }
 
-/// Exports what is ticked as one CSV file.
-void export_csv(const stage& at, const char* title, const QString& language)
+/// A choice of the export dialog, and how a file of it comes back.
+struct exchange_format
 {
-    const QString path = at.file(QStringLiteral("field-%1.csv").arg(language));
-    open_dialog(at, "data_output_file", title);
-    at.take_picture(QStringLiteral("export-%1").arg(language));
+    int index;            ///< in the dialog's list
+    const char* title;    ///< of its boxes
+    const char* exported; ///< what the box says
+    const char* suffix;
+    const char* imported; ///< what the box says
+};
+
+constexpr exchange_format csv_format{0, "csv", "csv多数据合并导出成功", "csv",
+                                     "csv多数据文件导入成功"};
+constexpr exchange_format more_csv{1, "csv", "csv单数据分开导出成功", "csv", ""};
+constexpr exchange_format gpx_format{4, "gpx", "gpx多数据合并导出成功", "gpx", "gpx文件导入成功"};
+constexpr exchange_format more_gpx{5, "gpx", "gpx单数据分开导出成功", "gpx", "gpx文件导入成功"};
+constexpr exchange_format kml_format{6, "kml", "kml文件导出成功", "kml", "kml文件导入成功"};
+
+/// In the export dialog, which is open: chooses a format and gives a path.
+void export_as(const stage& at, const exchange_format& format, const QString& path)
+{
+    at.click(QStringLiteral("export_format"));
+    at.press(QStringLiteral("Home"));
+    for (int i = 0; i < format.index; ++i)
+        at.press(QStringLiteral("Down"));
+    at.press(QStringLiteral("Return"));
+    at.wait_for(QStringLiteral("format %1").arg(format.index), [&format] {
+        auto* list = qobject_cast<QComboBox*>(stage::widget(QStringLiteral("export_format")));
+        return list->currentIndex() == format.index;
+    });
     at.click(QStringLiteral("pushButton"));
     at.give_path(path);
-    const QString text = at.wait_for_box(QStringLiteral("csv"));
-    check(text == QStringLiteral("csv多数据合并导出成功"), text);
-    at.take_picture(QStringLiteral("exported-%1").arg(language));
+    const QString text = at.wait_for_box(QLatin1String(format.title));
+    check(text == QString::fromUtf8(format.exported), text);
+    at.take_picture(QStringLiteral("exported-%1").arg(QFileInfo(path).fileName()));
     at.answer_box(QMessageBox::Ok);
-    close_dialog(at, title);
-    check(QFileInfo(path).size() > 0, path);
-    say(QStringLiteral("  %1: %2 bytes").arg(path).arg(QFileInfo(path).size()));
+}
+
+/// Exports what is ticked in each of the formats, each into one file.
+void export_files(const stage& at, const char* title, const QString& language,
+                  const QList<exchange_format>& formats)
+{
+    open_dialog(at, "data_output_file", title);
+    at.take_picture(QStringLiteral("export-%1").arg(language));
+    for (const exchange_format& format : formats) {
+        const QString path =
+            at.file(QStringLiteral("field-%1.%2").arg(language, QLatin1String(format.suffix)));
+        export_as(at, format, path);
+        check(QFileInfo(path).size() > 0, path);
+        say(QStringLiteral("  %1: %2 bytes").arg(path).arg(QFileInfo(path).size()));
+    }
 }
 
 constexpr int exported[] = {2, 7, 15};
+
+/// Exports what is ticked into a folder, a file for each measurement.
+void export_folder(const stage& at, const exchange_format& format)
+{
+    const QString folder = at.file(QStringLiteral("one-by-one"));
+    QDir().mkpath(folder);
+    export_as(at, format, folder);
+    const QStringList files =
+        QDir(folder).entryList({QStringLiteral("*.") + QLatin1String(format.suffix)});
+    check(files.size() == std::ssize(exported), files.join(QStringLiteral(", ")));
+    say(QStringLiteral("  %1: %2").arg(folder, files.join(QStringLiteral(", "))));
+}
 
 void export_in_chinese(const stage& at)
 {
     for (const int number : exported)
         tick_measurement(at, number);
-    export_csv(at, "导出为", QStringLiteral("zh"));
+    export_files(at, "导出为", QStringLiteral("zh"), {csv_format, gpx_format, kml_format});
+    export_folder(at, more_csv);
+    export_folder(at, more_gpx);
+    close_dialog(at, "导出为");
     open_dialog(at, "data_input_file", "导入");
     at.take_picture(QStringLiteral("import-zh"));
     close_dialog(at, "导入");
@@ -319,26 +370,37 @@ void export_in_chinese(const stage& at)
     at.wait_for(QStringLiteral("all ticks gone"), [] { return ticked_rows() == 0; });
 }
 
-/// Files with English headings are written and not read again, so what is read is
-/// the Chinese file.
+/// In the import dialog, which is open: imports a file, whose records come behind
+/// those that are there.
+void import_file(const stage& at, const exchange_format& format, const QString& path, int records)
+{
+    const auto count = [] { return rows("alltableView"); };
+    const int before = at.see(count);
+    at.click(QStringLiteral("pushButton_2"));
+    at.give_path(path);
+    const QString text = at.wait_for_box(QStringLiteral("导入"));
+    check(text == QString::fromUtf8(format.imported), text);
+    at.take_picture(QStringLiteral("imported-%1").arg(QFileInfo(path).fileName()));
+    at.answer_box(QMessageBox::Ok);
+    const int after = at.see(count);
+    check(after == before + records, QStringLiteral("%1 rows became %2").arg(before).arg(after));
+    say(QStringLiteral("  %1; %2 rows became %3").arg(text).arg(before).arg(after));
+}
+
+/// CSV with English headings is written and not read again, so what is read are
+/// the Chinese files.
 void export_and_import_in_english(const stage& at)
 {
     tick_measurement(at, exported[0]);
-    export_csv(at, "Export As", QStringLiteral("en"));
-    const int before = at.see([] { return rows("alltableView"); });
+    export_files(at, "Export As", QStringLiteral("en"), {csv_format, gpx_format, kml_format});
+    close_dialog(at, "Export As");
     open_dialog(at, "data_input_file", "Import");
     at.take_picture(QStringLiteral("import-en"));
-    at.click(QStringLiteral("pushButton_2"));
-    at.give_path(at.file(QStringLiteral("field-zh.csv")));
-    const QString text = at.wait_for_box(QStringLiteral("导入"));
-    check(text == QStringLiteral("csv多数据文件导入成功"), text);
-    at.take_picture(QStringLiteral("imported-en"));
-    at.answer_box(QMessageBox::Ok);
+    for (const exchange_format& format : {csv_format, gpx_format, kml_format})
+        import_file(at, format, at.file(QStringLiteral("field-zh.") + QLatin1String(format.suffix)),
+                    static_cast<int>(std::size(exported)));
+    import_file(at, more_gpx, at.file(QStringLiteral("one-by-one/exported_data_1.gpx")), 1);
     close_dialog(at, "Import");
-    const int after = at.see([] { return rows("alltableView"); });
-    check(after == before + static_cast<int>(std::size(exported)),
-          QStringLiteral("%1 rows became %2").arg(before).arg(after));
-    say(QStringLiteral("  %1; %2 rows became %3").arg(text).arg(before).arg(after));
 }
 
 void tick_all(const stage& at)
@@ -651,7 +713,7 @@ void walk(const QString& folder, local_server& tiles)
                           {QStringLiteral("谷歌地图"), QStringLiteral("天地图"),
                            QStringLiteral("高德地图")});
          }},
-        {"export CSV, Chinese", export_in_chinese},
+        {"export files, Chinese", export_in_chinese},
         {"make a coordinate system, Chinese", make_a_coordinate_system},
         {"switch to English", switch_to_english},
         {"look at three window sizes, English",
@@ -663,7 +725,7 @@ void walk(const QString& folder, local_server& tiles)
                           {QStringLiteral("Google Map"), QStringLiteral("Sky Map"),
                            QStringLiteral("Gaode Map")});
          }},
-        {"export and import CSV, English", export_and_import_in_english},
+        {"export and import files, English", export_and_import_in_english},
         {"edit a name", edit_a_name},
         {"delete one row", delete_one_row},
         {"look at boxes and drawing", look_at_boxes},

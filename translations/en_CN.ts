@@ -379,6 +379,18 @@ Software version: </translation>
             <source>csv单数据分开导出成功</source>
             <translation>csv单数据分开导出成功</translation>
         </message>
+        <message>
+            <source>gpx多数据合并导出成功</source>
+            <translation>gpx多数据合并导出成功</translation>
+        </message>
+        <message>
+            <source>gpx单数据分开导出成功</source>
+            <translation>gpx单数据分开导出成功</translation>
+        </message>
+        <message>
+            <source>kml文件导出成功</source>
+            <translation>kml文件导出成功</translation>
+        </message>
     </context>
     <context>
         <name>file_import_thread</name>
@@ -401,6 +413,26 @@ Software version: </translation>
         <message>
             <source>csv文件导入成功</source>
             <translation>csv文件导入成功</translation>
+        </message>
+        <message>
+            <source>gpx文件导入失败</source>
+            <translation>gpx文件导入失败</translation>
+        </message>
+        <message>
+            <source>gpx文件导入成功</source>
+            <translation>gpx文件导入成功</translation>
+        </message>
+        <message>
+            <source>kml文件导入失败</source>
+            <translation>kml文件导入失败</translation>
+        </message>
+        <message>
+            <source>kml文件导入成功</source>
+            <translation>kml文件导入成功</translation>
+        </message>
+        <message>
+            <source>自制kml文件导入成功</source>
+            <translation>自制kml文件导入成功</translation>
         </message>
     </context>
     <context>
