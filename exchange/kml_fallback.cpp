@@ -1,5 +1,5 @@
 #include "exchange/kml.h"
-
+#include "exchange/xml_text.h"
 #include "presentation/quick_number.h"
 
 #include <QDebug>
@@ -21,11 +21,6 @@ namespace {
 constexpr bool is_digit(char16_t unit)
 {
     return unit >= u'0' && unit <= u'9';
-}
-
-constexpr bool is_blank(char16_t unit)
-{
-    return unit == u' ' || (unit >= u'\t' && unit <= u'\r');
 }
 
 /// The letter in lower case, as the expressions compare: the long s and the

@@ -27,17 +27,15 @@ struct tuple
 tuple tuple_of(QStringView text)
 {
     tuple found;
-    const QChar* const end = text.end();
-    for (const QChar* begin = text.begin(); begin < end; ++begin) {
-        const QChar* const comma = std::find(begin, end, u',');
-        if (comma == begin)
+    for (qsizetype begin = 0, end = 0; begin < text.size(); begin = end + 1) {
+        end = begin;
+        while (end < text.size() && text[end] != u',')
+            ++end;
+        if (begin == end)
             continue;
         if (found.count < std::ssize(found.parts))
-            found.parts[static_cast<std::size_t>(found.count)] = QStringView(begin, comma);
+            found.parts[static_cast<std::size_t>(found.count)] = text.sliced(begin, end - begin);
         ++found.count;
-        begin = comma;
-        if (begin == end)
-            break;
     }
     return found;
 }
@@ -62,12 +60,6 @@ void append_point(const tuple& point, const file_coordinates& form, exportRecord
         record.coordinate_pairs.emplaceBack(exportRecord::shared(first),
                                             exportRecord::shared(second));
     record.altitudes.append(point.count == 3 ? exportRecord::shared(third) : QStringLiteral("0"));
-}
-
-/// What \s of a regular expression takes for white space.
-constexpr bool is_blank(char16_t unit)
-{
-    return unit == u' ' || (unit >= u'\t' && unit <= u'\r');
 }
 
 /// Appends the points of the tuples between white space, and tells how many

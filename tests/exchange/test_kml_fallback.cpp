@@ -284,7 +284,8 @@ void test_kml_fallback::encodings_data()
     QTest::newRow("UTF-16 BE with mark") << encoded(QStringConverter::Utf16BE, true);
     QTest::newRow("UTF-32 LE with mark") << encoded(QStringConverter::Utf32LE, true);
     QTest::newRow("no UTF-8") << QByteArray("\xff\xb0<coordinates>1,2,3 4,5,6</coordinates>\xc3");
-    QTest::newRow("zero bytes") << QByteArray("\0\0<coordinates>1,2,3 4,5,6</coordinates>\0", 43);
+    QTest::newRow("zero bytes") << QByteArray(2, '\0') + "<coordinates>1,2,3 4,5,6</coordinates>" +
+                                       QByteArray(1, '\0');
 }
 
 void test_kml_fallback::encodings()
