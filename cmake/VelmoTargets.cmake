@@ -97,9 +97,10 @@ endfunction()
 
 # velmo_fuzzer(name SOURCES s... LINKS l... [SEEDS folder...] [DICTIONARY file])
 #
-# One libFuzzer program for one reader, with -DVELMO_FUZZ=ON and clang, run by CTest under the label "fuzz" for
-# VELMO_FUZZ_SECONDS. Inputs that are worth keeping gather in <name>.corpus of the
-# build folder and are used again; one that fails is left beside it.
+# One libFuzzer program for one reader, with -DVELMO_FUZZ=ON and clang, run by
+# CTest under the label "fuzz" for VELMO_FUZZ_SECONDS. Inputs that are worth
+# keeping gather in <name>.corpus of the build folder and are used again; one that
+# fails is left beside it.
 set(VELMO_FUZZ_SECONDS 60 CACHE STRING "How long each fuzz target runs under CTest")
 function(velmo_fuzzer name)
   if(NOT VELMO_FUZZ)
@@ -117,7 +118,7 @@ function(velmo_fuzzer name)
 
   set(kept "${CMAKE_CURRENT_BINARY_DIR}/${name}.corpus")
   file(MAKE_DIRECTORY "${kept}")
-  set(options -max_total_time=${VELMO_FUZZ_SECONDS} -timeout=120 -rss_limit_mb=4096 -max_len=8192
+  set(options -max_total_time=${VELMO_FUZZ_SECONDS} -timeout=20 -rss_limit_mb=4096 -max_len=8192
     -print_final_stats=1 "-artifact_prefix=${CMAKE_CURRENT_BINARY_DIR}/${name}.")
   if(arg_DICTIONARY)
     list(APPEND options "-dict=${CMAKE_CURRENT_SOURCE_DIR}/${arg_DICTIONARY}")

@@ -64,7 +64,9 @@ void write_named(const QString& name)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const QByteArray bytes(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
-    read_as(bytes, 0);
+    // Degrees as they stand in one of three notations, and the plane in one of two.
+    constexpr int degrees[] = {0, 2, 3};
+    read_as(bytes, degrees[size % 3]);
     read_as(bytes, size % 2 == 0 ? 1 : 4);
     write_named(QString::fromUtf8(bytes));
     write_named(
