@@ -1,7 +1,5 @@
 #include "coordinates/plane_calibration.h"
 
-#include "coordinates/form_parts.h"
-
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -20,32 +18,37 @@ plane_calibration::plane_calibration(QWidget* parent) : QWidget(parent, Qt::Dial
     auto* grid = new QGridLayout(this);
     grid->setSizeConstraint(QLayout::SetFixedSize);
     grid->setHorizontalSpacing(10);
-    const auto caption = [&](const char* name, int row, int column, QWidget* buddy) {
+    const auto caption = [&](const char* name, int row, int column, const char* chinese,
+                             const char* english) {
         auto* label = form_parts::make<QLabel>(this, name);
-        label->setBuddy(buddy);
+        m_texts.push_back({label, chinese, english});
         grid->addWidget(label, row, column, Qt::AlignRight | Qt::AlignVCenter);
+        return label;
     };
-    const auto number = [&](const char* edit_name, const char* label_name, int row, int column) {
+    const auto number = [&](const char* edit_name, const char* label_name, int row, int column,
+                            const char* chinese, const char* english) {
         auto* edit = form_parts::make<QLineEdit>(this, edit_name);
         edit->setText(QStringLiteral("0.0"));
         edit->setMinimumWidth(field_width);
         grid->addWidget(edit, row, column + 1);
-        caption(label_name, row, column, edit);
+        caption(label_name, row, column, chinese, english)->setBuddy(edit);
         return edit;
     };
-    const auto result = [&](const char* value_name, const char* label_name, int column) {
+    const auto result = [&](const char* value_name, const char* label_name, int column,
+                            const char* text) {
         auto* value = form_parts::make<QLabel>(this, value_name);
         value->setTextInteractionFlags(Qt::TextSelectableByMouse);
         grid->addWidget(value, 2, column + 1);
-        caption(label_name, 2, column, nullptr);
+        caption(label_name, 2, column, text, text);
         return value;
     };
-    lineEdit = number("lineEdit", "label", 0, 0);
-    lineEdit_2 = number("lineEdit_2", "label_2", 0, 2);
-    lineEdit_3 = number("lineEdit_3", "label_3", 1, 0);
-    lineEdit_4 = number("lineEdit_4", "label_4", 1, 2);
-    label_dx = result("label_dx", "label_5", 0);
-    label_dy = result("label_dy", "label_6", 2);
+    m_texts.push_back({this, "坐标校准", "Plane Calibration"});
+    lineEdit = number("lineEdit", "label", 0, 0, "源X:", "Source X");
+    lineEdit_2 = number("lineEdit_2", "label_2", 0, 2, "源Y:", "Source Y");
+    lineEdit_3 = number("lineEdit_3", "label_3", 1, 0, "目标X:", "Target X");
+    lineEdit_4 = number("lineEdit_4", "label_4", 1, 2, "目标Y:", "Target Y");
+    label_dx = result("label_dx", "label_5", 0, "DX:");
+    label_dy = result("label_dy", "label_6", 2, "DY:");
 
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
@@ -54,6 +57,8 @@ plane_calibration::plane_calibration(QWidget* parent) : QWidget(parent, Qt::Dial
     buttons->addWidget(pushButton);
     buttons->addWidget(pushButton_2);
     grid->addLayout(buttons, 3, 0, 1, 4);
+    m_texts.push_back({pushButton, "确定", "Confirm"});
+    m_texts.push_back({pushButton_2, "取消", "Cancel"});
     connect(pushButton, &QPushButton::clicked, this, &plane_calibration::on_pushButton_clicked);
     connect(pushButton_2, &QPushButton::clicked, this, &plane_calibration::on_pushButton_2_clicked);
     new form_parts::keys(this, pushButton, pushButton_2);
@@ -68,16 +73,7 @@ plane_calibration::plane_calibration(QWidget* parent) : QWidget(parent, Qt::Dial
 
 void plane_calibration::set_up(int language, JsonFileManager* /*js*/)
 {
-    const auto label = [this](const char* name) { return findChild<QLabel*>(QLatin1String(name)); };
-    for (const form_parts::text& one : {form_parts::text{this, "坐标校准", "Plane Calibration"},
-                                        form_parts::text{label("label"), "源X:", "Source X"},
-                                        form_parts::text{label("label_2"), "源Y:", "Source Y"},
-                                        form_parts::text{label("label_3"), "目标X:", "Target X"},
-                                        form_parts::text{label("label_4"), "目标Y:", "Target Y"},
-                                        form_parts::text{label("label_5"), "DX:", "DX:"},
-                                        form_parts::text{label("label_6"), "DY:", "DY:"},
-                                        form_parts::text{pushButton, "确定", "Confirm"},
-                                        form_parts::text{pushButton_2, "取消", "Cancel"}})
+    for (const form_parts::text& one : m_texts)
         one.write(language);
     for (QLineEdit* edit : {lineEdit, lineEdit_2, lineEdit_3, lineEdit_4})
         edit->setToolTip(form_parts::in_language(language, "米", "metres"));

@@ -1,6 +1,10 @@
 #pragma once
 
+#include "coordinates/form_parts.h"
+
 #include <QWidget>
+
+#include <vector>
 
 class JsonFileManager;
 class QLabel;
@@ -30,6 +34,7 @@ public slots:
 private:
     void calculate();
 
+    std::vector<form_parts::text> m_texts;
     QLineEdit* lineEdit;   ///< source X
     QLineEdit* lineEdit_2; ///< source Y
     QLineEdit* lineEdit_3; ///< target X

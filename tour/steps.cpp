@@ -3,6 +3,8 @@
 #include "stage.h"
 #include "tiles.h"
 
+#include "coordinates/transforms.h"
+
 #include <QAbstractButton>
 #include <QAbstractItemModel>
 #include <QAbstractItemView>
@@ -17,7 +19,6 @@
 #include <QPixmap>
 #include <QThread>
 
-#include <array>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -506,31 +507,20 @@ void take_picture_of_form(const stage& at, const QString& name)
     at.take_picture(name);
 }
 
-using position = std::array<double, 3>;
-
-/// A place as another datum has it: shifted, turned and enlarged a little.
-position in_other_datum(const position& at)
-{
-    constexpr double arc_second = 4.84813681095679e-06;
-    constexpr double s = 1.0 + 1.1e-6;
-    constexpr double rx = -0.02 * arc_second;
-    constexpr double ry = 0.26 * arc_second;
-    constexpr double rz = 0.13 * arc_second;
-    return {s * at[0] + rz * at[1] - ry * at[2] - 24.1, s * at[1] - rz * at[0] + rx * at[2] + 123.4,
-            s * at[2] + ry * at[0] - rx * at[1] + 94.3};
-}
+/// Of another datum: shifted, turned and enlarged a little.
+constexpr seven_parameters other_datum{-24.1, 123.4, 94.3, -0.02, 0.26, 0.13, 1.1e-6};
 
 /// Adds a group and fills in its point in both frames.
-void enter_pair(const stage& at, const position& source)
+void enter_pair(const stage& at, const cartesian_position& source)
 {
     static constexpr const char* fields[] = {"lineEdit",   "lineEdit_2", "lineEdit_3",
                                              "lineEdit_4", "lineEdit_5", "lineEdit_6"};
     at.click(QStringLiteral("pushButton_3"));
     QThread::msleep(700); // the form shows a new group within half a second
-    const position target = in_other_datum(source);
+    const cartesian_position target = By7Param(other_datum, source);
+    const double values[] = {source.x, source.y, source.z, target.x, target.y, target.z};
     for (std::size_t i = 0; i < std::size(fields); ++i)
-        at.fill(QLatin1String(fields[i]),
-                QString::number(i < 3 ? source[i] : target[i - 3], 'f', 4));
+        at.fill(QLatin1String(fields[i]), QString::number(values[i], 'f', 4));
     at.click(QStringLiteral("pushButton_4"));
 }
 
@@ -558,7 +548,7 @@ void calibrate(const stage& at)
 void calculate(const stage& at)
 {
     // Six towns far apart, so that the parameters themselves come back.
-    static constexpr position towns[] = {
+    static constexpr cartesian_position towns[] = {
         {-2178000.0, 4389000.0, 4070000.0}, {-2333000.0, 5407000.0, 2436000.0},
         {228000.0, 4640000.0, 4358000.0},   {-2678000.0, 3621000.0, 4502000.0},
         {-106000.0, 5552000.0, 3124000.0},  {-2850000.0, 4657000.0, 3283000.0}};
@@ -566,7 +556,7 @@ void calculate(const stage& at)
     at.wait_for_form(QStringLiteral("七参数"));
     at.click(QStringLiteral("radioButton_2"));
     at.click(QStringLiteral("radioButton_4"));
-    for (const position& town : towns)
+    for (const cartesian_position& town : towns)
         enter_pair(at, town);
     take_picture_of_form(at, QStringLiteral("coordinates-zh-4-pairs"));
     at.click(QStringLiteral("pushButton"));
@@ -577,7 +567,7 @@ void calculate(const stage& at)
     at.wait_for_form(QStringLiteral("坐标系统"));
     const double dx = at.see([] { return field("dx_2").toDouble(); });
     const double k = at.see([] { return field("k_8").toDouble(); });
-    check(std::abs(dx + 24.1) < 0.01 && std::abs(k - 1.1e-6) < 1e-9,
+    check(std::abs(dx - other_datum.dx) < 0.01 && std::abs(k - other_datum.k) < 1e-9,
           QStringLiteral("not the parameters of the pairs: ") + text);
     say(QStringLiteral("  calculated by the server: dx %1, k %2").arg(dx).arg(k));
 }
