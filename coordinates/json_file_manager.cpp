@@ -90,8 +90,7 @@ constexpr built_in built_in_systems[] = {
     {"CGCS2000", 6378137.0, 6356752.314140355, 0.003352811, 3},
 };
 
-/// Seventy thousand systems; more than that is a foreign file, whose reading would
-/// only fill the memory.
+/// In bytes. More is a foreign file, whose reading would only fill the memory.
 constexpr qint64 largest_file = qint64{64} * 1024 * 1024;
 
 /// Whether something else than a file or a folder lies there: opening a pipe or
@@ -254,13 +253,16 @@ bool JsonFileManager::writeJsonFile(const QJsonObject& json) const
                    << "not a regular file";
         return false;
     }
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
+    // Unbuffered: a full disk is told by the write and not, unheard, by the close.
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text |
+                   QIODevice::Unbuffered)) {
         qWarning() << "无法打开文件进行写入:" << file.errorString();
         return false;
     }
-    const qint64 written = file.write(QJsonDocument(json).toJson());
+    const QByteArray content = QJsonDocument(json).toJson();
+    const qint64 written = file.write(content);
     file.close();
-    if (written == -1) {
+    if (written != content.size()) {
         qWarning() << "写入文件失败";
         return false;
     }

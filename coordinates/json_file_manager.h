@@ -13,7 +13,8 @@
 ///
 /// The file is read once, by the constructor; a missing one is made with the four
 /// built-in systems. A file that cannot be read or understood leaves the list empty
-/// and stays as it is until the next change, which replaces it. Every change
+/// and stays as it is until the next change, which replaces it. So does one of more
+/// than 64 MiB (some seventy thousand systems), which is not read. Every change
 /// rewrites the whole file in place. Failures are logged and reported by `false`;
 /// the words for the user are the callers'.
 ///
@@ -48,6 +49,8 @@ public:
 
     /// The document, empty on any failure.
     [[nodiscard]] QJsonObject readJsonFile() const;
+    /// Writes over what is there, without a second file: links stay, and a write that
+    /// breaks off leaves a damaged file. Whether all of it was written.
     bool writeJsonFile(const QJsonObject& json) const;
 
     /// A copy of the system, with an empty name if there is none.

@@ -13,7 +13,10 @@
 #include <memory>
 
 #ifdef Q_OS_UNIX
+#include <csignal>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #endif
 
 using namespace Qt::StringLiterals;
@@ -77,6 +80,51 @@ QList<double> values(const CoordinateSystem& s)
             s.param4.rt};
 }
 
+/// The level of the one line that begins so; fatal if there is none, or another.
+QtMsgType level_of(const log_capture& log, const QString& beginning)
+{
+    QList<QtMsgType> levels;
+    for (const log_capture::line& line : log.lines()) {
+        if (line.text.startsWith(beginning))
+            levels += line.type;
+    }
+    return levels.size() == 1 ? levels[0] : QtFatalMsg;
+}
+
+QList<QtMsgType> levels(const log_capture& log)
+{
+    QList<QtMsgType> all;
+    for (const log_capture::line& line : log.lines())
+        all += line.type;
+    return all;
+}
+
+#ifdef Q_OS_UNIX
+/// No file grows beyond that many bytes: as on a disk that is full.
+class full_disk
+{
+public:
+    explicit full_disk(rlim_t bytes) : m_usual_handler(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        getrlimit(RLIMIT_FSIZE, &m_usual);
+        rlimit narrow = m_usual;
+        narrow.rlim_cur = bytes;
+        setrlimit(RLIMIT_FSIZE, &narrow);
+    }
+    ~full_disk()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_usual);
+        std::signal(SIGXFSZ, m_usual_handler);
+    }
+    full_disk(const full_disk&) = delete;
+    full_disk& operator=(const full_disk&) = delete;
+
+private:
+    void (*m_usual_handler)(int);
+    rlimit m_usual{};
+};
+#endif
+
 } // namespace
 
 class test_json_file_manager : public QObject
@@ -101,6 +149,10 @@ private slots:
     void file_in_place_of_the_folder();
     void unwritable_folder();
     void vanished_file_and_folder();
+    void full_disk_is_told_data();
+    void full_disk_is_told();
+    void file_that_vanishes_after_it_was_made();
+    void saves_into_the_same_file();
     void lines_of_a_first_and_a_second_start();
     void add();
     void update();
@@ -458,7 +510,7 @@ void test_json_file_manager::folder_in_place_of_the_file()
     QCOMPARE(manager.systems.size(), 0);
     QVERIFY(log.has(u"无法打开文件进行读取:"_s));
     QVERIFY(!manager.addCoordinateSystem(sample(u"A"_s)));
-    QVERIFY(log.has(u"无法打开文件进行写入:"_s));
+    QCOMPARE(level_of(log, u"无法打开文件进行写入:"_s), QtWarningMsg);
     QVERIFY(QFileInfo(path()).isDir());
 }
 
@@ -471,10 +523,10 @@ void test_json_file_manager::file_in_place_of_the_folder()
     const log_capture log;
     JsonFileManager manager;
     QCOMPARE(manager.systems.size(), 0);
-    QVERIFY(log.has(u"创建目录失败:"_s));
-    QVERIFY(log.has(u"JSON文件不存在，正在创建..."_s));
-    QVERIFY(log.has(u"无法创建目录"_s));
-    QVERIFY(log.has(u"创建JSON文件失败"_s));
+    QCOMPARE(level_of(log, u"创建目录失败: \"%1\""_s.arg(folder())), QtDebugMsg);
+    QCOMPARE(level_of(log, u"JSON文件不存在，正在创建..."_s), QtDebugMsg);
+    QCOMPARE(level_of(log, u"无法创建目录"_s), QtWarningMsg);
+    QCOMPARE(level_of(log, u"创建JSON文件失败"_s), QtDebugMsg);
     QVERIFY(!manager.addCoordinateSystem(sample(u"A"_s)));
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), "mine");
@@ -509,6 +561,89 @@ void test_json_file_manager::vanished_file_and_folder()
     }
     QVERIFY(manager.addCoordinateSystem(sample(u"A"_s))); // makes the folder again
     QCOMPARE(names(JsonFileManager()), QStringList{u"A"_s});
+}
+
+void test_json_file_manager::full_disk_is_told_data()
+{
+    QTest::addColumn<int>("room"); // bytes
+    QTest::newRow("full") << 0;
+    QTest::newRow("full after the first hundred bytes") << 100;
+}
+
+void test_json_file_manager::full_disk_is_told()
+{
+#ifdef Q_OS_UNIX
+    QFETCH(int, room);
+    JsonFileManager manager;
+    const log_capture log;
+    {
+        const full_disk disk(static_cast<rlim_t>(room));
+        QVERIFY(!manager.addCoordinateSystem(sample(u"A"_s)));
+    }
+    QCOMPARE(log.texts(), QStringList{u"写入文件失败"_s});
+    QCOMPARE(levels(log), QList<QtMsgType>{QtWarningMsg});
+    QCOMPARE(content().size(), room);
+    QCOMPARE(manager.systems.size(), 5);
+    // There is room again: the next change writes all.
+    QVERIFY(manager.addCoordinateSystem(sample(u"B"_s)));
+    QCOMPARE(JsonFileManager().systems.size(), 6);
+#else
+    QSKIP("no limit to a file's size at hand");
+#endif
+}
+
+/// Another program may take the file away between writing and reading.
+void test_json_file_manager::file_that_vanishes_after_it_was_made()
+{
+    static QString file;
+    static QList<log_capture::line> told;
+    file = path();
+    told.clear();
+    const QtMessageHandler usual = qInstallMessageHandler(
+        [](QtMsgType type, const QMessageLogContext& /*context*/, const QString& text) {
+            told += {type, text};
+            if (text == u"默认JSON文件创建成功"_s)
+                QFile::remove(file);
+        });
+    const JsonFileManager manager;
+    qInstallMessageHandler(usual);
+    QCOMPARE(manager.systems.size(), 0);
+    QCOMPARE(told.constLast().text, u"加载默认坐标系统失败"_s);
+    QCOMPARE(told.constLast().type, QtWarningMsg);
+}
+
+/// No second file takes the place of the first: links to it stay what they are.
+void test_json_file_manager::saves_into_the_same_file()
+{
+#ifdef Q_OS_UNIX
+    JsonFileManager manager;
+    const QByteArray file = QFile::encodeName(path());
+    const auto inode = [&] {
+        struct stat about = {};
+        return stat(file.constData(), &about) == 0 ? about.st_ino : 0;
+    };
+    const QString hard_link = m_data->path() + "/hard";
+    QCOMPARE(link(file.constData(), QFile::encodeName(hard_link).constData()), 0);
+    const auto before = inode();
+    QVERIFY(before != 0);
+    QVERIFY(manager.addCoordinateSystem(sample(u"A"_s)));
+    QCOMPARE(inode(), before);
+    QFile linked(hard_link);
+    QVERIFY(linked.open(QIODevice::ReadOnly));
+    QCOMPARE(linked.readAll(), content());
+
+    const QString elsewhere = m_data->path() + "/elsewhere.json";
+    QVERIFY(QFile::rename(path(), elsewhere));
+    QVERIFY(QFile::link(elsewhere, path()));
+    QVERIFY(manager.deleteCoordinateSystem(u"A"_s));
+    QVERIFY(QFileInfo(path()).isSymLink());
+    QFile target(elsewhere);
+    QVERIFY(target.open(QIODevice::ReadOnly));
+    QCOMPARE(QJsonDocument::fromJson(target.readAll()).object().size(), 4);
+    QCOMPARE(JsonFileManager().systems.size(), 4);
+#else
+    QSKIP("links are looked at on Unix");
+#endif
 }
 
 void test_json_file_manager::lines_of_a_first_and_a_second_start()
@@ -555,6 +690,7 @@ void test_json_file_manager::add()
         QVERIFY(!manager.addCoordinateSystem(sample(u"WGS1984"_s)));
         QCOMPARE(log.texts(),
                  QStringList({u"坐标系统名称为空"_s, u"坐标系统 \"WGS1984\" 已存在"_s}));
+        QCOMPARE(levels(log), QList<QtMsgType>(2, QtWarningMsg));
     }
     QCOMPARE(manager.systems.size(), 4);
     QCOMPARE(manager.getCoordinateSystem(u"WGS1984"_s).type, 0);
@@ -574,6 +710,7 @@ void test_json_file_manager::update()
         QVERIFY(!manager.updateCoordinateSystem(sample(u"X"_s)));
         QCOMPARE(log.texts(),
                  QStringList({u"坐标系统名称为空"_s, u"坐标系统 \"X\" 不存在，无法更新"_s}));
+        QCOMPARE(levels(log), QList<QtMsgType>(2, QtWarningMsg));
         QCOMPARE(content(), before);
     }
     QVERIFY(manager.updateCoordinateSystem(sample(u"WGS1984"_s)));
@@ -591,6 +728,7 @@ void test_json_file_manager::remove()
         const log_capture log;
         QVERIFY(!manager.deleteCoordinateSystem(u"X"_s));
         QCOMPARE(log.texts(), QStringList{u"坐标系统 \"X\" 不存在"_s});
+        QCOMPARE(levels(log), QList<QtMsgType>{QtWarningMsg});
     }
     QVERIFY(manager.deleteCoordinateSystem(u"CGCS2000"_s));
     QVERIFY(manager.deleteCoordinateSystem(manager.systems[0].name));
@@ -607,6 +745,7 @@ void test_json_file_manager::get()
     QCOMPARE(manager.getCoordinateSystem(QString()).east, 500000.0);
     QCOMPARE(log.texts(),
              QStringList({u"坐标系统 \"wgs1984\" 不存在"_s, u"坐标系统 \"\" 不存在"_s}));
+    QCOMPARE(levels(log), QList<QtMsgType>(2, QtWarningMsg));
 }
 
 void test_json_file_manager::all_deleted()
