@@ -63,7 +63,7 @@ class test_calculated_system : public QObject
 private slots:
     void six_pairs_become_a_system_that_maps_them_data();
     void six_pairs_become_a_system_that_maps_them();
-    void points_in_a_line_are_a_format_error();
+    void what_has_no_answer_is_a_format_error();
 };
 
 void test_calculated_system::six_pairs_become_a_system_that_maps_them_data()
@@ -138,7 +138,7 @@ void test_calculated_system::six_pairs_become_a_system_that_maps_them()
     QCOMPARE(server.stop(), 0);
 }
 
-void test_calculated_system::points_in_a_line_are_a_format_error()
+void test_calculated_system::what_has_no_answer_is_a_format_error()
 {
     background_program server(QStringLiteral(VELMO_CALCULATION_PROGRAM));
     const quint16 port =
@@ -154,14 +154,38 @@ void test_calculated_system::points_in_a_line_are_a_format_error()
     press(&form, "radioButton_4");
     for (int i = 0; i < 4; ++i)
         press(&form, "pushButton_3");
+    const auto answer = [&] {
+        box_watcher watcher;
+        watcher.answer = QMessageBox::No;
+        press(&form, "pushButton");
+        if (!QTest::qWaitFor([&] { return watcher.boxes.size() == 1; }, 30000))
+            return QString();
+        return watcher.boxes[0].text;
+    };
+    const QString format_error = QStringLiteral("The data format is incorrect");
+    // One place, no numbers, too many fields.
     for (const QString& value : {QString("0"), QString("abc"), QString("1,2")}) {
         for (PointGroup& group : form.groups)
             group.values.fill(value);
-        box_watcher watcher;
-        press(&form, "pushButton");
-        QTRY_COMPARE_WITH_TIMEOUT(watcher.boxes.size(), 1, 30000);
-        QCOMPARE(watcher.boxes[0].text, QStringLiteral("The data format is incorrect"));
+        QCOMPARE(answer(), format_error);
     }
+
+    // A line: towards east and up, 700 m from point to point.
+    for (qsizetype i = 0; i < form.groups.size(); ++i) {
+        const double along = 100.0 * static_cast<double>(i);
+        const double values[] = {-2178000.0 + 2.0 * along, 4389000.0 - 3.0 * along,
+                                 4070000.0 + 6.0 * along,  -2178024.0 + 2.0 * along,
+                                 4389123.0 - 3.0 * along,  4070094.0 + 6.0 * along};
+        for (size_t field = 0; field < std::size(values); ++field)
+            form.groups[i].values[field] = QString::number(values[field], 'f', 4);
+    }
+    QCOMPARE(answer(), format_error);
+    // One point of them beside it: seven numbers, and the question.
+    for (const size_t field : {0U, 3U}) {
+        QString& value = form.groups[2].values[field];
+        value = QString::number(value.toDouble() + 250.0, 'f', 4);
+    }
+    QVERIFY(answer().startsWith("dx :-24.0000"));
 }
 
 QTEST_MAIN(test_calculated_system)

@@ -3,9 +3,13 @@
 
 #include <QFile>
 #include <QLoggingCategory>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <QTest>
 
+#include <clocale>
 #include <cstdio>
 #include <locale>
 
@@ -53,6 +57,55 @@ QString short_number(double value)
 {
     return QString::number(value, 'f', 6);
 }
+
+/// A locale of the test's own with a comma for the decimal point, for C and C++ as
+/// long as it lives: the machine may have no such locale.
+class comma_locale
+{
+public:
+    comma_locale()
+        : m_usual(std::locale::global(std::locale(std::locale(), new comma))),
+          m_usual_categories(std::setlocale(LC_ALL, nullptr)), m_usual_folder(qgetenv("LOCPATH"))
+    {
+        put("characters", "<code_set_name> ASCII\nCHARMAP\n<U0000>..<U007F> /x00\nEND CHARMAP\n");
+        put("numbers", "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \"\"\ngrouping -1\n"
+                       "END LC_NUMERIC\n");
+        QProcess localedef;
+        localedef.setWorkingDirectory(m_folder.path());
+        // The other categories are not defined: it warns of that and ends with 1.
+        localedef.start(u"localedef"_s, {u"--force"_s, u"--quiet"_s, u"--no-archive"_s, u"-f"_s,
+                                         u"./characters"_s, u"-i"_s, u"./numbers"_s, u"./comma"_s});
+        localedef.waitForFinished();
+        qputenv("LOCPATH", QFile::encodeName(m_folder.path()));
+        std::setlocale(LC_NUMERIC, "comma");
+    }
+    ~comma_locale()
+    {
+        m_usual_folder.isNull() ? qunsetenv("LOCPATH") : qputenv("LOCPATH", m_usual_folder);
+        std::locale::global(m_usual);
+        std::setlocale(LC_ALL, m_usual_categories.constData());
+    }
+    comma_locale(const comma_locale&) = delete;
+    comma_locale& operator=(const comma_locale&) = delete;
+
+private:
+    struct comma : std::numpunct<char>
+    {
+        char do_decimal_point() const override { return ','; }
+    };
+
+    void put(const char* name, const QByteArray& text) const
+    {
+        QFile file(m_folder.filePath(QLatin1String(name)));
+        if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
+            qFatal("no file for the locale");
+    }
+
+    QTemporaryDir m_folder;
+    std::locale m_usual;
+    QByteArray m_usual_categories;
+    QByteArray m_usual_folder;
+};
 
 constexpr double a = 6378137.0;
 constexpr double b = 6356752.314245179;
@@ -251,19 +304,23 @@ void test_transform_lines::the_category_is_read_from_the_rules()
 
 void test_transform_lines::numbers_do_not_follow_the_locale()
 {
-    struct comma : std::numpunct<char>
-    {
-        char do_decimal_point() const override { return ','; }
-    };
-    const std::locale usual = std::locale::global(std::locale(std::locale(), new comma));
-    const char* const named = std::setlocale(LC_NUMERIC, "de_DE.UTF-8"); // where there is one
-    const QByteArray printed = printed_by([] {
+    if (QStandardPaths::findExecutable(u"localedef"_s).isEmpty())
+        QSKIP("no localedef: no locale to make");
+    const comma_locale locale;
+    char probe[8];
+    std::snprintf(probe, sizeof probe, "%.1f", 1.5);
+    QCOMPARE(probe, "1,5");
+
+    QStringList logged;
+    const QByteArray printed = printed_by([&] {
         By4ParamInverse({0.0, 0.0, 0.0, 0.0}, {1.5, 2.5, 3.5});
+        By7ParamInverse({0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0}, {1.5, 2.5, 3.5});
+        skip_four_param = 1;
+        logged = lines_of([] { By4Param({0.0, 0.0, 0.0, 0.0}, {1.5, 2.5, 3.5}); });
     });
-    if (named != nullptr)
-        std::setlocale(LC_NUMERIC, "C");
-    std::locale::global(usual);
-    QVERIFY(printed.contains("x:1.500000000"));
+    QCOMPARE(printed.count(".500000000"), 12);
+    QVERIFY(!printed.contains(",500000000"));
+    QVERIFY(logged.join(QString()).startsWith(u"By4Param: x:1.500000000, y:2.500000000"_s));
 }
 
 QTEST_GUILESS_MAIN(test_transform_lines)

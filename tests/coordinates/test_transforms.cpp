@@ -206,6 +206,8 @@ private slots:
     void south_in_utm();
     void utm_cuts_x_to_metres();
     void fixed_degrees();
+    void meridians_to_the_last_bit_data();
+    void meridians_to_the_last_bit();
     void nonsense_has_an_end();
     void flat_record();
 
@@ -526,6 +528,39 @@ void test_transforms::fixed_degrees()
     const geodetic_position back = XYZ2BLH({0.0, a, 0.0}, a, a);
     QVERIFY(std::fabs(back.l - 90.0) > 2e-9);
     QCOMPARE(back.l, std::acos(0.0) * 180.0 / 3.1415926535);
+}
+
+void test_transforms::meridians_to_the_last_bit_data()
+{
+    QTest::addColumn<int>("utm_mode");
+    QTest::addColumn<int>("method");
+    QTest::addColumn<double>("y");
+    QTest::addColumn<double>("longitude");
+    // Products of doubles: 117 * 0.017453292519943 * 57.29577951308232 and so on.
+    QTest::newRow("Gauss, 3 degrees, zone 39") << 1 << 3 << 39500000.0 << 116.99999999999801;
+    QTest::newRow("Gauss, 3 degrees, zone 1") << 1 << 3 << 1500000.0 << 2.9999999999999494;
+    QTest::newRow("Gauss, 6 degrees, zone 20") << 1 << 6 << 20500000.0 << 116.99999999999801;
+    QTest::newRow("UTM, zone 50") << 2 << 6 << 50500000.0 << 116.99999999999801;
+    QTest::newRow("UTM, zone 31") << 2 << 6 << 31500000.0 << 2.9999999999999494;
+    QTest::newRow("UTM, zone 1, without its sign") << 2 << 6 << 1500000.0 << 176.99999999999702;
+}
+
+/// On the meridian only the meridian is left: into radians with the one constant,
+/// back with the other, which is exact. It does not come back as it went.
+void test_transforms::meridians_to_the_last_bit()
+{
+    QFETCH(int, utm_mode);
+    QFETCH(int, method);
+    QFETCH(double, y);
+    QFETCH(double, longitude);
+    CoordinateSystem system = gauss_system();
+    system.method = method;
+    const model_param::projection_block block = flat_parameters(system).projection;
+    const auto inverse = utm_mode == 1 ? XY2BL : UTMXY2BL;
+    const geodetic_position got =
+        inverse(block, {3000000.0, y, 0.0}, system.changzhou, system.pianlv);
+    QVERIFY2(got.l == longitude, qPrintable(QString::number(got.l, 'g', 17)));
+    QVERIFY(got.l != std::round(longitude));
 }
 
 void test_transforms::nonsense_has_an_end()

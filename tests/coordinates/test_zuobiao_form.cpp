@@ -83,6 +83,7 @@ private slots:
 
     void creates_a_system();
     void a_template_gets_the_type_and_the_new_system_does_not();
+    void the_template_is_what_the_form_was_opened_on();
     void creating_needs_every_field_data();
     void creating_needs_every_field();
     void creating_an_existing_name_fails_data();
@@ -91,6 +92,7 @@ private slots:
 
     void editing_writes_every_field();
     void editing_overwrites_the_system_of_the_box();
+    void a_quick_confirm_takes_the_axes_along();
     void editing_takes_empty_fields_as_zero();
     void editing_keeps_the_digits_that_are_shown();
     void editing_that_fails_is_only_logged();
@@ -506,6 +508,22 @@ void test_zuobiao_form::a_template_gets_the_type_and_the_new_system_does_not()
     }
 }
 
+void test_zuobiao_form::the_template_is_what_the_form_was_opened_on()
+{
+    const QWidget* form = open(zuobiaoForm::create, 3); // XIAN1980
+    find<QComboBox>(form, "tuoqiu")->setCurrentIndex(1);
+    QTRY_COMPARE(text_in(form, "chang_zhou_t"), QStringLiteral("6378137.000000000"));
+    box_watcher watcher;
+    type(form, "sys_name", "From Xian");
+    press(form, "radioButton");
+    press(form, "pushButton");
+    QCOMPARE(watcher.texts(), QStringList{"坐标系统新建成功"});
+    // The box gives the axes and no more.
+    QCOMPARE(stored(3).type, 1);
+    QCOMPARE(stored(1).type, 0);
+    QCOMPARE(stored(5).changzhou, stored(1).changzhou);
+}
+
 void test_zuobiao_form::creating_needs_every_field_data()
 {
     QTest::addColumn<QString>("field");
@@ -632,6 +650,22 @@ void test_zuobiao_form::editing_overwrites_the_system_of_the_box()
     QCOMPARE(stored(1).ellipsoid, 3);
     QCOMPARE(stored(4).east, before.east);
     QCOMPARE(stored(4).param7.dx, before.param7.dx);
+}
+
+/// Before the timer has shown the axes of the system that was just chosen.
+void test_zuobiao_form::a_quick_confirm_takes_the_axes_along()
+{
+    const CoordinateSystem before = stored(4);
+    const QWidget* form = open(zuobiaoForm::edit, 4);
+    // No events in between, so no timer either.
+    find<QComboBox>(form, "tuoqiu")->setCurrentIndex(0); // BEIJING1954
+    find<QPushButton>(form, "pushButton")->click();
+    QCOMPARE(stored(0).name, QStringLiteral("BEIJING1954"));
+    for (const CoordinateSystem& one : {stored(0), fresh_store::on_disk().constFirst()}) {
+        QCOMPARE(one.changzhou, before.changzhou);
+        QCOMPARE(one.duanzhou, before.duanzhou);
+        QCOMPARE(one.pianlv, before.pianlv);
+    }
 }
 
 void test_zuobiao_form::editing_takes_empty_fields_as_zero()
