@@ -4,6 +4,7 @@
 #include "core/application.h"
 #include "core/main_window.h"
 #include "core/main_window_form.h"
+#include "exchange/file_import_thread.h"
 #include "exchange/input_window.h"
 #include "exchange/output_window.h"
 #include "support/box_watcher.h"
@@ -18,6 +19,7 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTranslator>
 
 class test_exchange_road : public QObject
 {
@@ -30,8 +32,11 @@ private slots:
 
     void there_and_back_data();
     void there_and_back();
+    void there_and_back_as_xml_data();
+    void there_and_back_as_xml();
     void nothing_ticked_asks_for_the_path_first();
     void a_failed_import_leaves_the_tables_alone();
+    void a_failed_kml_import_leaves_the_tables_alone();
     void the_same_file_twice_shows_its_records_twice();
 
 private:
@@ -152,6 +157,72 @@ void test_exchange_road::there_and_back()
     }
 }
 
+void test_exchange_road::there_and_back_as_xml_data()
+{
+    QTest::addColumn<int>("format");
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QList<int>>("ticked");
+    QTest::addColumn<QStringList>("messages");
+    QTest::addColumn<bool>("in_english");
+    for (const bool in_english : {false, true}) {
+        const char* language = in_english ? "English" : "Chinese";
+        // Rows 1 and 2 have names that a description in KML cannot hold.
+        QTest::addRow("KML, %s", language)
+            << 6 << "a.kml" << QList<int>{0, 3, 6}
+            << QStringList{"kml文件导出成功", "kml文件导入成功"} << in_english;
+        QTest::addRow("GPX, %s", language)
+            << 4 << "a.gpx" << QList<int>{0, 1, 2, 3, 6}
+            << QStringList{"gpx多数据合并导出成功", "gpx文件导入成功"} << in_english;
+    }
+}
+
+void test_exchange_road::there_and_back_as_xml()
+{
+    QFETCH(int, format);
+    QFETCH(QString, file);
+    QFETCH(QList<int>, ticked);
+    QFETCH(QStringList, messages);
+    QFETCH(bool, in_english);
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(file);
+    const QList<measuringData> before = m_window->table_list;
+    const QStringList geometry = m_window->data_msg_altitude;
+    for (const int row : ticked)
+        m_window->model->setData(m_window->model->index(row, 0), true);
+
+    // The messages are Chinese in both languages.
+    QTranslator english;
+    if (in_english) {
+        QVERIFY(english.load("./en_CN.qm"));
+        QVERIFY(QCoreApplication::installTranslator(&english));
+        QCOMPARE(QCoreApplication::translate("MainWindow", "数据列表"), "Data List");
+    }
+    box_watcher watcher;
+    export_as(format, path);
+    import(path);
+    QCOMPARE(watcher.texts(), messages);
+
+    const qsizetype old = before.size();
+    QCOMPARE(m_window->table_list.size(), old + ticked.size());
+    QCOMPARE(m_window->table_list.mid(0, old), before);
+    QCOMPARE(m_window->model->rowCount(), static_cast<int>(old + ticked.size()));
+    for (qsizetype at = 0; at < ticked.size(); ++at) {
+        const measuringData& read = m_window->table_list[old + at];
+        const measuringData& source = before[ticked[at]];
+        QCOMPARE(read.name.trimmed(), source.name.trimmed());
+        QCOMPARE(read.method, source.method);
+        QCOMPARE(read.time, source.time);
+        QCOMPARE(read.areameter, source.areameter);
+        QCOMPARE(read.price, source.hd);
+        QCOMPARE(read.numrecord, source.numrecord);
+        const int row = static_cast<int>(old + at);
+        QCOMPARE(m_window->model->index(row, 2).data().toString(), read.name);
+        QCOMPARE(m_window->model->index(row, 3).data().toString(), source.time);
+        QCOMPARE(m_window->point_msg_all[old + at].size(), read.numpoint.toInt());
+        QCOMPARE(m_window->data_msg_altitude[old + at], geometry[ticked[at]]);
+    }
+}
+
 void test_exchange_road::nothing_ticked_asks_for_the_path_first()
 {
     const QString path = m_folder.filePath("none.csv");
@@ -177,6 +248,34 @@ void test_exchange_road::a_failed_import_leaves_the_tables_alone()
     import({}); // cancelled
     QCOMPARE(watcher.texts(), QStringList());
     QCOMPARE(m_window->table_list, before);
+}
+
+void test_exchange_road::a_failed_kml_import_leaves_the_tables_alone()
+{
+    // Unlike a CSV file, it hands on lists, which are empty.
+    const QString path = m_folder.filePath("bad.kml");
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("<kml><Placemark>");
+    file.close();
+    const QList<measuringData> before = m_window->table_list;
+    const QStringList geometry = m_window->data_msg_altitude;
+    const int rows = m_window->model->rowCount();
+    QVERIFY(rows > 0);
+    qsizetype handed_on = 0;
+    const auto spy = connect(m_objects.import, &file_import_thread::read_data_finished, this,
+                             [&](const QList<measuringData>& read) {
+                                 QVERIFY(read.isEmpty());
+                                 ++handed_on;
+                             });
+    box_watcher watcher;
+    import(path);
+    disconnect(spy);
+    QCOMPARE(handed_on, 1);
+    QCOMPARE(watcher.texts(), QStringList("kml文件导入失败"));
+    QCOMPARE(m_window->table_list, before);
+    QCOMPARE(m_window->data_msg_altitude, geometry);
+    QCOMPARE(m_window->model->rowCount(), rows);
 }
 
 void test_exchange_road::the_same_file_twice_shows_its_records_twice()

@@ -15,9 +15,12 @@
 #include <QTest>
 #include <QXmlStreamReader>
 
+#include <utility>
+
+#ifdef Q_OS_UNIX
 #include <csignal>
 #include <sys/resource.h>
-#include <utility>
+#endif
 
 namespace {
 
@@ -66,6 +69,7 @@ QByteArray document(const QByteArray& inside, const QByteArray& attributes = "cr
            inside + "</gpx>";
 }
 
+#ifdef Q_OS_UNIX
 /// While it lives no file of this process can grow.
 class no_room
 {
@@ -84,6 +88,7 @@ public:
 private:
     rlimit m_before{};
 };
+#endif
 
 struct reading
 {
@@ -322,6 +327,7 @@ void test_gpx::the_log_tells_whether_it_was_written()
         QCOMPARE(log.texts(),
                  QStringList{"GPX file successfully written to  \"" + good.fileName() + "\""});
     }
+#ifdef Q_OS_UNIX
     // As on a disk without room: the file can be opened, but takes no byte.
     QFile full(folder.filePath("b.gpx"));
     QVERIFY(full.open(QIODevice::WriteOnly | QIODevice::Text));
@@ -333,6 +339,7 @@ void test_gpx::the_log_tells_whether_it_was_written()
     QCOMPARE(log.lines().size(), 1);
     QCOMPARE(log.lines()[0].type, QtCriticalMsg);
     QVERIFY(log.has("Error writing GPX file: "));
+#endif
 }
 
 void test_gpx::export_messages_data()
@@ -444,7 +451,7 @@ void test_gpx::creator_data()
     QTest::newRow("lower case") << QByteArray("creator=\"velmo\"") << false;
     QTest::newRow("longer") << QByteArray("creator=\"Velmo 3\"") << false;
     QTest::newRow("blank") << QByteArray("creator=\"Velmo \"") << false;
-    QTest::newRow("another") << QByteArray("creator=\"Garmin Connect\"") << false;
+    QTest::newRow("another") << QByteArray("creator=\"Another program\"") << false;
     QTest::newRow("none") << QByteArray() << false;
     QTest::newRow("prefixed") << QByteArray("xmlns:a=\"b\" a:creator=\"Velmo\"") << false;
 }
@@ -457,7 +464,11 @@ void test_gpx::creator()
     const reading result = read(document("<rte/>", attributes));
     QCOMPARE(result.read, good);
     QCOMPARE(result.records.size(), good ? 1 : 0);
-    QCOMPARE(log.has("Invalid GPX file or unexpected namespace"), !good);
+    QCOMPARE(log.lines().size(), good ? 0 : 1);
+    if (!good) {
+        QCOMPARE(log.lines()[0].text, "Invalid GPX file or unexpected namespace");
+        QCOMPARE(log.lines()[0].type, QtCriticalMsg);
+    }
 }
 
 void test_gpx::root_data()
@@ -478,7 +489,11 @@ void test_gpx::root()
 {
     QFETCH(QByteArray, bytes);
     QFETCH(bool, good);
+    const log_capture log;
     QCOMPARE(read(bytes).read, good);
+    QCOMPARE(log.lines().isEmpty(), good);
+    for (const log_capture::line& line : log.lines())
+        QCOMPARE(line.type, QtCriticalMsg);
 }
 
 void test_gpx::elements_data()
@@ -623,7 +638,7 @@ void test_gpx::failures_data()
 void test_gpx::failures()
 {
     QFETCH(QByteArray, bytes);
-    const log_capture log;
+    log_capture log;
     const imported seen = import_bytes(bytes);
     QCOMPARE(seen.signals_seen, 0);
     QCOMPARE(seen.boxes.size(), 1);
@@ -633,10 +648,19 @@ void test_gpx::failures()
     QCOMPARE(seen.boxes[0].text, "gpx文件导入失败");
     QVERIFY(!log.has("table show"));
 
+    log.clear();
     const imported missing = import("/not/there.gpx");
     QCOMPARE(missing.signals_seen, 0);
     QCOMPARE(missing.boxes.value(0).text, "gpx文件导入失败");
-    QVERIFY(log.has("Failed to open file:"));
+    // The toolkit warns of its own.
+    int critical = 0;
+    for (const log_capture::line& line : log.lines()) {
+        if (line.type == QtCriticalMsg) {
+            QVERIFY(line.text.startsWith("Failed to open file:"));
+            ++critical;
+        }
+    }
+    QCOMPARE(critical, 1);
 }
 
 QTEST_MAIN(test_gpx)

@@ -139,6 +139,7 @@ private slots:
     void texts();
     void formats_data();
     void formats();
+    void a_second_call_adds_the_formats_again();
     void table_of_formats_agrees_with_itself();
     void language_takes_over_the_system();
     void a_system_that_is_not_there_is_empty();
@@ -244,6 +245,16 @@ void test_output_window::formats()
     for (int at = 0; at < dialog.formats()->count(); ++at)
         shown += dialog.formats()->itemText(at);
     QCOMPARE(shown, items);
+    QCOMPARE(dialog.formats()->currentIndex(), 0);
+}
+
+void test_output_window::a_second_call_adds_the_formats_again()
+{
+    open_dialog dialog(0);
+    dialog.window.setlanguage(1);
+    QCOMPARE(dialog.formats()->count(), 18);
+    QCOMPARE(dialog.formats()->itemText(8), QStringLiteral("Excel文件"));
+    QCOMPARE(dialog.formats()->itemText(9), QStringLiteral("Merge into CSV files"));
     QCOMPARE(dialog.formats()->currentIndex(), 0);
 }
 
