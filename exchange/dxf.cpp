@@ -3,15 +3,17 @@
 #include "exchange/message_boxes.h"
 
 void file_export_thread::one_dxf_export(int /*mode*/, model_param /*m_ModelParam*/,
-                                        QString /*file_path*/)
+                                        QString file_path)
 {
-    show_not_available(QStringLiteral("DXF"));
+    if (!file_path.isEmpty())
+        show_not_available(QStringLiteral("DXF"));
 }
 
 void file_export_thread::more_dxf_export(int /*mode*/, model_param /*m_ModelParam*/,
-                                         QString /*file_path*/)
+                                         QString file_path)
 {
-    show_not_available(QStringLiteral("DXF"));
+    if (!file_path.isEmpty())
+        show_not_available(QStringLiteral("DXF"));
 }
 
 void file_import_thread::import_dxf(const QString& /*path*/)
