@@ -34,7 +34,7 @@ std::optional<stored_point> read_point(const QString& line)
 std::optional<received_measurement> read_measurement(const QString& head, const QString& lines)
 {
     static const QRegularExpression pattern(
-        QStringLiteral("^Mode:([1-6]),A:([0-9.]*),D:([0-9.]*),n:[0-9]*,T:([0-9]*),N:(.*)$"));
+        QStringLiteral("^Mode:([1-6]),A:([^,]*),D:([^,]*),n:[^,]*,T:([0-9]*),N:(.*)$"));
     const QRegularExpressionMatch match = pattern.match(head);
     if (!match.hasMatch())
         return std::nullopt;
@@ -42,6 +42,7 @@ std::optional<received_measurement> read_measurement(const QString& head, const 
     stored_measurement& measured = one.measured;
     measured.identity = own_identity;
     measured.kind = kinds[match.capturedView(1).toInt() - 1];
+    // A host writes a large area as 1.23457e+06.
     measured.area = static_cast<std::uint32_t>(std::llround(match.captured(2).toDouble()));
     measured.length = static_cast<std::uint32_t>(std::llround(match.captured(3).toDouble() * 10));
     measured.start = QDateTime::fromString(match.captured(4), u"yyyyMMddHHmmss");
