@@ -1,5 +1,7 @@
 #pragma once
 
+#include "cable.h"
+
 #include <QObject>
 #include <QString>
 #include <QThread>
@@ -21,5 +23,6 @@ private:
     void start();
 
     QString m_folder;
+    cable m_cable;
     std::unique_ptr<QThread> m_person;
 };
