@@ -231,7 +231,6 @@ void MainWindow::on_data_read_clicked()
 void MainWindow::on_data_to_device_clicked()
 {
     emit send_btm_sign_to_threadkey_device(model, table_list, data_msg_altitude);
-    tell_not_available(tr("上传数据"));
 }
 
 void MainWindow::on_data_output_file_clicked()

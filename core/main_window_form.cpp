@@ -413,7 +413,7 @@ void MainWindow::retranslateUi(QMainWindow* window)
 
     describe(data_read, ::MainWindow::tr("获取数据"), ::MainWindow::tr("从仪器读取测量数据 (F5)"));
     describe(data_to_device, ::MainWindow::tr("上传数据"),
-             ::MainWindow::tr("把勾选的数据上传到仪器（尚未提供）"));
+             ::MainWindow::tr("把勾选的数据上传到仪器"));
     describe(data_output_file, ::MainWindow::tr("导出数据"),
              ::MainWindow::tr("把勾选的数据导出到文件 (Ctrl+E)"));
     describe(data_input_file, ::MainWindow::tr("导入数据"),

@@ -2,7 +2,11 @@
 #include "instrument/byte_log.h"
 #include "instrument/faults.h"
 #include "instrument/frame_responder.h"
+#include "instrument/mode_text_receiver.h"
 #include "instrument/sample_memory.h"
+#include "instrument/storage.h"
+#include "instrument/text_responder.h"
+#include "instrument/upload_receiver.h"
 #ifdef Q_OS_UNIX
 #include "console/quit_signals.h"
 #include "instrument/pseudo_terminal.h"
@@ -10,6 +14,7 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QSaveFile>
 
 #include <cstdio>
 #include <memory>
@@ -35,11 +40,14 @@ void say(const QString& line)
 const QString description =
     QStringLiteral("A simulated land-measuring instrument with a memory full of measurements.\n"
                    "It is reached over adb like an Android instrument, over a pseudo-terminal\n"
-                   "like one on a serial port, or both, and speaks the binary frame protocol.\n"
+                   "like one on a serial port, or both, and speaks the binary frame protocol or\n"
+                   "the text protocol of older instruments. What it is sent joins its memory, and\n"
+                   "a line is printed for each measurement.\n"
                    "It runs until SIGINT or SIGTERM.\n"
                    "\n"
                    "  velmo_instrument --adb              the running adb server lists it\n"
                    "  velmo_instrument --pty --link tty   open ./tty at 115200 baud\n"
+                   "  velmo_instrument --pty --text long  an older one, which speaks text\n"
                    "  velmo_instrument --list             what is in the memory\n");
 
 QString fault_text()
@@ -47,7 +55,9 @@ QString fault_text()
     return QStringLiteral(
                "\nFaults, as NAME, NAME=VALUE, NAME@FRAME or NAME=VALUE@FRAME. Without @FRAME a\n"
                "fault strikes in every frame that it fits. Frames count from the beginning of a\n"
-               "read: 0 answers the read probe, 1 is the first of the export.\n\n") +
+               "read: 0 answers the read probe, 1 is the first of the export. In an upload 0\n"
+               "answers its probe, 1 the first head; what is not answered well is not kept.\n"
+               "Text records count from 1.\n\n") +
            fault_help();
 }
 
@@ -81,6 +91,19 @@ struct options
     QCommandLineOption baud{QStringLiteral("baud"),
                             QStringLiteral("Speed of the serial port (115200)."),
                             QStringLiteral("rate"), QStringLiteral("115200")};
+    QCommandLineOption text{
+        QStringLiteral("text"),
+        QStringLiteral("Speak the text protocol, in \"short\" or \"long\" records."),
+        QStringLiteral("form")};
+    QCommandLineOption uploads{
+        QStringLiteral("uploads"),
+        QStringLiteral("How measurements can be sent to it: \"packets\", \"mode-text\" or "
+                       "\"none\" (packets, or mode-text with --text)."),
+        QStringLiteral("how")};
+    QCommandLineOption received{
+        QStringLiteral("received"),
+        QStringLiteral("Write what it was sent to this file, as JSON, after each measurement."),
+        QStringLiteral("file")};
     QCommandLineOption fault{
         QStringLiteral("fault"),
         QStringLiteral("Do this wrong; see below. May be given more than once."),
@@ -114,9 +137,10 @@ struct options
 
     void add_to(QCommandLineParser& parser) const
     {
-        parser.addOptions({help, adb, adb_port, server_port, device_port, detach_after, pty, link,
-                           baud, fault, token, device_type, measurements, points, seed, list, json,
-                           log});
+        parser.addOptions({help,  adb,   adb_port,    server_port,  device_port, detach_after,
+                           pty,   link,  baud,        text,         uploads,     received,
+                           fault, token, device_type, measurements, points,      seed,
+                           list,  json,  log});
     }
 };
 
@@ -201,6 +225,49 @@ public:
         return list;
     }
 
+    /// One of `words`, by its place, for an option that takes nothing else.
+    [[nodiscard]] qsizetype word_of(QCommandLineOption options::*option,
+                                    const QStringList& words) const
+    {
+        const qsizetype place = words.indexOf(text(option));
+        if (place < 0) {
+            fail(QStringLiteral("--%1 takes \"%2\"")
+                     .arg((m_options.*option).names().constLast(),
+                          words.join(QStringLiteral("\" or \""))));
+        }
+        return place;
+    }
+
+    /// What the instrument speaks on each line, from and into `where`.
+    [[nodiscard]] protocol_factory spoken(storage& where) const
+    {
+        const bool speaks_text = wants(&options::text);
+        const text_form form = speaks_text && word_of(&options::text, {"short", "long"}) == 0
+                                   ? text_form::short_record
+                                   : text_form::long_record;
+        enum upload_form : qsizetype
+        {
+            packets,
+            mode_text,
+            none,
+        };
+        const qsizetype uploads = wants(&options::uploads)
+                                      ? word_of(&options::uploads, {"packets", "mode-text", "none"})
+                                      : qsizetype{speaks_text ? mode_text : packets};
+        return [&where, speaks_text, form, uploads, who = identity(), wrong = faults()] {
+            std::vector<std::unique_ptr<protocol>> all;
+            if (speaks_text)
+                all.push_back(std::make_unique<text_responder>(where.stored, form, wrong));
+            else
+                all.push_back(std::make_unique<frame_responder>(where.stored, who, wrong));
+            if (uploads == packets)
+                all.push_back(std::make_unique<upload_receiver>(where, who, wrong));
+            else if (uploads == mode_text)
+                all.push_back(std::make_unique<mode_text_receiver>(where));
+            return std::make_unique<several_protocols>(std::move(all));
+        };
+    }
+
     [[nodiscard]] adb_settings adb() const
     {
         const auto port = [](qint64 value) { return static_cast<std::uint16_t>(value); };
@@ -274,17 +341,32 @@ std::unique_ptr<pseudo_terminal> start_serial(const command_line& command,
 }
 #endif
 
+/// Prints what has just come in, and writes all that has into a file.
+void tell_received(const storage& where, const received_measurement& one, const QString& path)
+{
+    if (!path.isEmpty()) {
+        QSaveFile file(path);
+        if (!file.open(QIODevice::WriteOnly) || file.write(to_json(where.received)) < 0 ||
+            !file.commit())
+            fail(QStringLiteral("cannot write %1: %2").arg(path, file.errorString()));
+    }
+    say(QStringLiteral("received:%1  %2")
+            .arg(table_line(one.measured, where.received.size()),
+                 one.by_packets ? QStringLiteral("packets")
+                                : QStringLiteral("Mode text \"%1\"").arg(one.name)));
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
 {
     const QCoreApplication application(argc, argv);
     const command_line command(application);
-    const instrument::memory stored = command.stored();
+    storage where{.stored = command.stored(), .received = {}, .on_received = {}};
 
     if (command.wants(&options::list) || command.wants(&options::json)) {
         const QByteArray text =
-            command.wants(&options::json) ? to_json(stored) : to_table(stored).toUtf8();
+            command.wants(&options::json) ? to_json(where.stored) : to_table(where.stored).toUtf8();
         std::fwrite(text.constData(), 1, static_cast<size_t>(text.size()), stdout);
         return 0;
     }
@@ -297,10 +379,10 @@ int main(int argc, char* argv[])
         if (!log.open(command.text(&options::log), error))
             fail(QStringLiteral("cannot write %1: %2").arg(command.text(&options::log), error));
     }
-    const protocol_factory factory = [&stored, identity = command.identity(),
-                                      faults = command.faults()] {
-        return std::make_unique<frame_responder>(stored, identity, faults);
+    where.on_received = [&where, path = command.text(&options::received)](const auto& one) {
+        tell_received(where, one, path);
     };
+    const protocol_factory factory = command.spoken(where);
 
 #ifdef Q_OS_UNIX
     quit_on_signals();

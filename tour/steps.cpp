@@ -11,8 +11,11 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -22,6 +25,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <iterator>
 
 namespace {
@@ -463,6 +467,66 @@ void delete_one_row(const stage& at)
     say(QStringLiteral("  %1 rows became %2").arg(before).arg(before - 1));
 }
 
+void delete_all_rows(const stage& at)
+{
+    at.click(QStringLiteral("checkBox"));
+    at.wait_for(QStringLiteral("all rows ticked"),
+                [] { return ticked_rows() == rows("alltableView"); });
+    at.click(QStringLiteral("delect_tableandmap"));
+    at.wait_for(QStringLiteral("no rows"), [] { return rows("alltableView") == 0; });
+    say(QStringLiteral("  no rows are left"));
+}
+
+/// Waits for a box, takes its picture and presses its button.
+void expect_box(const stage& at, const char* title, const char* text, const char* picture)
+{
+    const QString said = at.wait_for_box(QString::fromUtf8(title), 120'000);
+    at.take_picture(QLatin1String(picture));
+    check(said == QString::fromUtf8(text), said);
+    at.answer_box(QMessageBox::Ok);
+    say(QStringLiteral("  the box says %1").arg(said));
+}
+
+void read_an_older_instrument(const stage& at, const QString& folder, cable& usb)
+{
+    at.wait_for(QStringLiteral("the search for serial ports"),
+                [&] { return usb.plug_in(folder + QStringLiteral("/../tty")); });
+    expect_box(at, "串口", "设备已连接", "12-older-connected");
+    at.click(QStringLiteral("data_read"));
+    // After a download of text the Android channel has its turn.
+    expect_box(at, "数据读取", "数据读取完成", "13-older-read");
+    check(at.see([] { return rows("alltableView"); }) >= 17,
+          QStringLiteral("not all of the older instrument's records are there"));
+    expect_box(at, "数据读取", "数据读取成功", "14-both-read");
+}
+
+/// Measurements in the list that an instrument has written of what it was sent.
+qsizetype received_by(const QString& folder, const char* instrument)
+{
+    QFile file(folder + QStringLiteral("/../received-") + QLatin1String(instrument) +
+               QStringLiteral(".json"));
+    return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).array().size()
+                                          : 0;
+}
+
+void upload_to_both(const stage& at, const QString& folder)
+{
+    constexpr int ticked = 3;
+    for (int row = 0; row < ticked; ++row) {
+        at.click(at.see([row] { return cell("alltableView", row, 0); }));
+        at.wait_for(QStringLiteral("%1 ticks").arg(row + 1),
+                    [row] { return ticked_rows() == row + 1; });
+    }
+    at.click(QStringLiteral("data_to_device"));
+    expect_box(at, "上传", "上传数据成功", "15-uploaded");
+    for (const char* const instrument : {"serial", "adb"}) {
+        at.wait_for(
+            QStringLiteral("what was sent in the %1 instrument").arg(QLatin1String(instrument)),
+            [&] { return received_by(folder, instrument) == ticked; });
+    }
+    say(QStringLiteral("  %1 measurements in each instrument").arg(ticked));
+}
+
 void look_at_boxes(const stage& at)
 {
     struct entry
@@ -669,7 +733,7 @@ void close_the_program(const stage& at)
 {
     at.choose(QStringLiteral("File"), QStringLiteral("action_quit"));
     const QString text = at.wait_for_box(QStringLiteral("Quit"));
-    at.take_picture(QStringLiteral("11-quit"));
+    at.take_picture(QStringLiteral("16-quit"));
     at.answer_box(QMessageBox::No);
     check(at.see([] { return stage::widget(QStringLiteral("data_read"))->isVisible(); }),
           QStringLiteral("No closed the window"));
@@ -685,12 +749,12 @@ void close_the_program(const stage& at)
     at.click(yes);
 }
 
-void walk(const QString& folder, local_server& tiles)
+void walk(const QString& folder, local_server& tiles, cable& usb)
 {
     struct step
     {
         const char* name;
-        void (*run)(const stage&);
+        std::function<void(const stage&)> run;
     };
     const step steps[] = {
         {"the instrument is found", connect_instrument},
@@ -720,6 +784,10 @@ void walk(const QString& folder, local_server& tiles)
         {"delete one row", delete_one_row},
         {"look at boxes and drawing", look_at_boxes},
         {"edit and delete a coordinate system, English", manage_coordinate_systems},
+        {"delete all rows", delete_all_rows},
+        {"read an older instrument beside the other",
+         [&](const stage& at) { read_an_older_instrument(at, folder, usb); }},
+        {"upload to both", [&](const stage& at) { upload_to_both(at, folder); }},
         {"close the program", close_the_program},
     };
     const stage at(folder, tiles);
@@ -762,6 +830,6 @@ tour::~tour()
 
 void tour::start()
 {
-    m_person.reset(QThread::create([this] { walk(m_folder, m_tiles); }));
+    m_person.reset(QThread::create([this] { walk(m_folder, m_tiles, m_cable); }));
     m_person->start();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cable.h"
 #include "local_server.h"
 
 #include <QObject>
@@ -25,5 +26,6 @@ private:
 
     QString m_folder;
     local_server m_tiles{local_server::kind::tls};
+    cable m_cable;
     std::unique_ptr<QThread> m_person;
 };

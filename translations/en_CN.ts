@@ -270,8 +270,8 @@ Software version: </translation>
             <translation>Read the measurements from the instrument (F5)</translation>
         </message>
         <message>
-            <source>把勾选的数据上传到仪器（尚未提供）</source>
-            <translation>Send the ticked measurements to the instrument (not available yet)</translation>
+            <source>把勾选的数据上传到仪器</source>
+            <translation>Send the ticked measurements to the instrument</translation>
         </message>
         <message>
             <source>地图</source>

@@ -270,8 +270,8 @@
             <translation>从仪器读取测量数据 (F5)</translation>
         </message>
         <message>
-            <source>把勾选的数据上传到仪器（尚未提供）</source>
-            <translation>把勾选的数据上传到仪器（尚未提供）</translation>
+            <source>把勾选的数据上传到仪器</source>
+            <translation>把勾选的数据上传到仪器</translation>
         </message>
         <message>
             <source>地图</source>

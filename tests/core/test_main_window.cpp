@@ -956,7 +956,7 @@ void test_main_window::coordinate_settings_end_before_they_open_again()
 void test_main_window::missing_features_say_so_data()
 {
     QTest::addColumn<QString>("object");
-    for (const char* name : {"data_to_device", "print", "softwareupgrade", "hardwareupgrade"})
+    for (const char* name : {"print", "softwareupgrade", "hardwareupgrade"})
         QTest::newRow(name) << QString(name);
 }
 
@@ -989,11 +989,14 @@ void test_main_window::buttons_emit_their_signals()
 
     box_watcher watcher;
     QSignalSpy upload(m_window, &MainWindow::send_btm_sign_to_threadkey_device);
-    const log_capture log;
     m_ui->data_to_device->click();
     QCOMPARE(upload.size(), 1);
     QCOMPARE(upload[0][0].value<QStandardItemModel*>(), m_window->model);
-    QVERIFY(log.has("upload to the instrument is not there yet"));
+    QCOMPARE(upload[0][1].value<QList<measuringData>>(), m_window->table_list);
+    QCOMPARE(upload[0][2].toStringList(), m_window->data_msg_altitude);
+    // Nothing is connected here, which the upload says and nobody else.
+    QCOMPARE(watcher.texts(), QStringList{"串口未连接"});
+    QVERIFY(!m_ui->data_to_device->toolTip().contains("尚未提供"));
 
     QSignalSpy imported(m_window, &MainWindow::send_btm_sign_to_threadkey_import_file);
     m_window->setmodeflag(4, m_window->js, 2);
