@@ -3,9 +3,13 @@
 #include "coordinates/json_file_manager.h"
 #include "core/main_window_form.h"
 #include "core/map_page.h"
+#include "core/thread_key.h"
+#include "exchange/print.h"
 #include "maker.h"
 #include "presentation/bridge.h"
 #include "presentation/graphic_widget.h"
+#include "updates/hardwareupdata.h"
+#include "updates/update_form.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -245,17 +249,38 @@ void MainWindow::on_delect_tableandmap_clicked()
 
 void MainWindow::on_print_clicked()
 {
-    tell_not_available(tr("打印"));
+    auto* const form = new print;
+    form->add_print_image(ui->widget_graphic);
+    show_form(form);
 }
 
 void MainWindow::on_softwareupgrade_clicked()
 {
-    tell_not_available(tr("软件更新"));
+    auto* const form = new updateForm;
+    form->language = language;
+    connect(form, &updateForm::send_dowmfile_signal_to_software_upgrade, key,
+            &thread_key::recv_updata_form_down_file);
+    connect(key, &thread_key::send_set_ui_to_updata_form, form, &updateForm::set_ui);
+    show_form(form);
+    emit send_btm_sign_to_threadkey_software_upgrade(version, language);
 }
 
 void MainWindow::on_hardwareupgrade_clicked()
 {
-    tell_not_available(tr("设备升级"));
+    auto* const form = new hardwareupdata;
+    connect(this, &MainWindow::variableChanged, form, &hardwareupdata::setlanguage);
+    emit variableChanged(language);
+    connect(form, &hardwareupdata::send_signal_cloud_updata, key,
+            &thread_key::recv_cloud_updata_from_hardware_updata);
+    connect(form, &hardwareupdata::send_signal_sure, key,
+            &thread_key::recv_sure_from_hardware_updata);
+    connect(form, &hardwareupdata::send_signal_local_updata, key,
+            &thread_key::recv_local_updata_from_hardware_updata);
+    connect(key, &thread_key::send_add_comboBox_to_hardware_updata_form, form,
+            &hardwareupdata::recv_add_comboBox_value);
+    connect(key, &thread_key::send_updata_progress_hardware_updata_form, form,
+            &hardwareupdata::recv_updata_progress_value);
+    show_form(form);
 }
 
 void MainWindow::on_marlund_clicked()
@@ -266,6 +291,13 @@ void MainWindow::on_marlund_clicked()
 void MainWindow::show_coordinate_settings()
 {
     tell_not_available(tr("坐标设置"));
+}
+
+void MainWindow::show_form(QWidget* form)
+{
+    form->setAttribute(Qt::WA_DeleteOnClose);
+    form->setWindowModality(Qt::ApplicationModal);
+    form->show();
 }
 
 void MainWindow::tell_not_available(const QString& feature)

@@ -272,6 +272,8 @@ private:
     [[nodiscard]] bool confirm_quit();
     void quit_if_confirmed();
     void tell_not_available(const QString& feature);
+    /// Shows a window of its own in front of all others, until it is closed.
+    static void show_form(QWidget* form);
 
     [[nodiscard]] QStringList headings(bool main_table) const;
     [[nodiscard]] measurement_tables::kind_models kind_models() const;

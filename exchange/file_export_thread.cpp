@@ -6,13 +6,6 @@
 #include <QStandardItemModel>
 #include <QWebEngineView>
 
-void file_export_thread::picture_export(QWebEngineView* /*m_parentWebEngineView*/,
-                                        graphic_widget* /*m_parentwidgetView*/,
-                                        int /*picture_flag*/, QString /*file_path*/)
-{
-    qWarning() << "picture export is not there yet";
-}
-
 void file_export_thread::export_file(int cmd, int /*mode*/, double /*cz*/, double /*dz*/,
                                      double /*pl*/, model_param /*m_ModelParam*/,
                                      QStandardItemModel* /*model*/,

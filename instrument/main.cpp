@@ -1,4 +1,5 @@
 #include "instrument/adb_daemon.h"
+#include "instrument/boot_loader.h"
 #include "instrument/byte_log.h"
 #include "instrument/faults.h"
 #include "instrument/frame_responder.h"
@@ -10,6 +11,7 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QFile>
 
 #include <cstdio>
 #include <memory>
@@ -36,6 +38,7 @@ const QString description =
     QStringLiteral("A simulated land-measuring instrument with a memory full of measurements.\n"
                    "It is reached over adb like an Android instrument, over a pseudo-terminal\n"
                    "like one on a serial port, or both, and speaks the binary frame protocol.\n"
+                   "Its boot loader takes new firmware.\n"
                    "It runs until SIGINT or SIGTERM.\n"
                    "\n"
                    "  velmo_instrument --adb              the running adb server lists it\n"
@@ -92,6 +95,27 @@ struct options
     QCommandLineOption device_type{QStringLiteral("device-type"),
                                    QStringLiteral("Device type in the frames, 0 to 255 (1)."),
                                    QStringLiteral("number"), QStringLiteral("1")};
+    QCommandLineOption version{
+        QStringLiteral("firmware-version"),
+        QStringLiteral("Version text of the firmware (VELMO-SIM-1.0); empty to leave the question "
+                       "for it unanswered."),
+        QStringLiteral("text"), QStringLiteral("VELMO-SIM-1.0")};
+    QCommandLineOption no_zero{QStringLiteral("version-without-zero"),
+                               QStringLiteral("Send no zero byte behind the version text.")};
+    QCommandLineOption keep_firmware{QStringLiteral("keep-firmware"),
+                                     QStringLiteral("Write a firmware image that has come to this "
+                                                    "file."),
+                                     QStringLiteral("file")};
+    QCommandLineOption refuse_block{
+        QStringLiteral("refuse-block"),
+        QStringLiteral("Refuse this block of an image once, 1 being the first. May be given more "
+                       "than once."),
+        QStringLiteral("number")};
+    QCommandLineOption silent_from{
+        QStringLiteral("silent-from"),
+        QStringLiteral("Fall silent in the first upgrade at this message: 0 its beginning, 1 the "
+                       "header, 2 the first block and so on."),
+        QStringLiteral("message")};
     QCommandLineOption measurements{
         QStringLiteral("measurements"),
         QStringLiteral("Fill the memory with so many made-up measurements, 0 to 65535, instead "
@@ -114,9 +138,10 @@ struct options
 
     void add_to(QCommandLineParser& parser) const
     {
-        parser.addOptions({help, adb, adb_port, server_port, device_port, detach_after, pty, link,
-                           baud, fault, token, device_type, measurements, points, seed, list, json,
-                           log});
+        parser.addOptions({help,    adb,     adb_port,      server_port,  device_port, detach_after,
+                           pty,     link,    baud,          fault,        token,       device_type,
+                           version, no_zero, keep_firmware, refuse_block, silent_from, measurements,
+                           points,  seed,    list,          json,         log});
     }
 };
 
@@ -188,6 +213,18 @@ public:
         return {token, static_cast<std::uint8_t>(number_of(&options::device_type, 0, 255))};
     }
 
+    [[nodiscard]] boot_settings boot() const
+    {
+        boot_settings settings{.version = text(&options::version).toUtf8(),
+                               .version_ends_with_zero = !wants(&options::no_zero)};
+        const QString refuse = QStringLiteral("--refuse-block");
+        for (const QString& one : m_parser.values(m_options.refuse_block))
+            settings.refused.append(static_cast<int>(number(refuse, one, 1, 65535)));
+        if (wants(&options::silent_from))
+            settings.silent_from = static_cast<int>(number_of(&options::silent_from, 0, 65535));
+        return settings;
+    }
+
     [[nodiscard]] fault_list faults() const
     {
         fault_list list;
@@ -220,6 +257,20 @@ private:
     options m_options;
     QCommandLineParser m_parser;
 };
+
+/// Says that an image has come, and keeps it where that is wanted.
+void take_firmware(const firmware& taken, const QString& path)
+{
+    say(QStringLiteral("firmware: \"%1\", %2 bytes, SHA-256 %3")
+            .arg(taken.name)
+            .arg(taken.image.size())
+            .arg(QString::fromLatin1(taken.sha256())));
+    if (path.isEmpty())
+        return;
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(taken.image) != taken.image.size())
+        std::fprintf(stderr, "velmo_instrument: cannot write %s\n", qPrintable(path));
+}
 
 std::unique_ptr<adb_daemon> start_adb(const command_line& command, const protocol_factory& factory,
                                       byte_log& log)
@@ -298,8 +349,11 @@ int main(int argc, char* argv[])
             fail(QStringLiteral("cannot write %1: %2").arg(command.text(&options::log), error));
     }
     const protocol_factory factory = [&stored, identity = command.identity(),
-                                      faults = command.faults()] {
-        return std::make_unique<frame_responder>(stored, identity, faults);
+                                      faults = command.faults(), boot = command.boot(),
+                                      kept = command.text(&options::keep_firmware)] {
+        return std::make_unique<boot_loader>(
+            std::make_unique<frame_responder>(stored, identity, faults), boot,
+            [kept](const firmware& taken) { take_firmware(taken, kept); });
     };
 
 #ifdef Q_OS_UNIX
