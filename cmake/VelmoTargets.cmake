@@ -65,11 +65,12 @@ endfunction()
 # velmo_test(name SOURCES s... LINKS l... [LABELS l...])
 #
 # One Qt Test program for one unit. The label "web" marks what starts the web
-# engine. Each test gets a folder of its own as working directory.
+# engine. Each test gets a folder of its own as working directory, and another for
+# the program's data (tests/support/private_data.cpp).
 function(velmo_test name)
   cmake_parse_arguments(arg "" "WORKING_DIRECTORY" "SOURCES;LINKS;LABELS" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
-  target_link_libraries(${name} PRIVATE ${arg_LINKS} velmo_test_support Qt6::Test)
+  target_link_libraries(${name} PRIVATE ${arg_LINKS} velmo_test_support velmo_test_data Qt6::Test)
   velmo_settings(${name})
   if(NOT arg_WORKING_DIRECTORY)
     set(arg_WORKING_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}/${name}.run")

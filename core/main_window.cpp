@@ -4,6 +4,8 @@
 #include "core/main_window_form.h"
 #include "core/map_page.h"
 #include "core/thread_key.h"
+#include "exchange/input_window.h"
+#include "exchange/output_window.h"
 #include "exchange/print.h"
 #include "maker.h"
 #include "presentation/bridge.h"
@@ -229,12 +231,46 @@ void MainWindow::on_data_to_device_clicked()
 
 void MainWindow::on_data_output_file_clicked()
 {
-    tell_not_available(tr("导出数据"));
+    auto* dialog = new outputWindow(this);
+    dialog->set_parent_view(ui->map, ui->widget_graphic, map_shown);
+    dialog->model = model;
+    dialog->js = js;
+    dialog->data_msg_altitude = data_msg_altitude;
+    dialog->table_list = table_list;
+    dialog->point_msg_all = point_msg_all;
+    dialog->mode = mode_flag;
+    dialog->sys_index = sys_index;
+
+    connect(this, &MainWindow::variableChanged, dialog, &outputWindow::setlanguage);
+    emit variableChanged(language);
+
+    using out = outputWindow;
+    using hub = thread_key;
+    const auto join = [this, dialog](auto signal, auto slot) {
+        connect(dialog, signal, key, slot);
+    };
+    join(&out::send_btm_sign_to_threadkey_kml, &hub::recv_kml_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_picture, &hub::recv_picture_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_one_csv, &hub::recv_one_csv_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_more_csv, &hub::recv_more_csv_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_one_dxf, &hub::recv_one_dxf_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_more_dxf, &hub::recv_more_dxf_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_one_gpx, &hub::recv_one_gpx_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_more_gpx, &hub::recv_more_gpx_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_excel, &hub::recv_excel_sign_from_output);
+
+    show_form(dialog);
 }
 
 void MainWindow::on_data_input_file_clicked()
 {
-    tell_not_available(tr("导入数据"));
+    auto* dialog = new input_window(this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(this, &MainWindow::variableChanged, dialog, &input_window::setlanguage);
+    emit variableChanged(language);
+    connect(dialog, &input_window::send_btm_sign_to_mainwindow_import_file, this,
+            &MainWindow::recv_input_signal);
+    dialog->show();
 }
 
 void MainWindow::on_delect_tableandmap_clicked()
@@ -249,14 +285,14 @@ void MainWindow::on_delect_tableandmap_clicked()
 
 void MainWindow::on_print_clicked()
 {
-    auto* const form = new print;
+    auto* const form = new print(this);
     form->add_print_image(ui->widget_graphic);
     show_form(form);
 }
 
 void MainWindow::on_softwareupgrade_clicked()
 {
-    auto* const form = new updateForm;
+    auto* const form = new updateForm(this);
     form->language = language;
     connect(form, &updateForm::send_dowmfile_signal_to_software_upgrade, key,
             &thread_key::recv_updata_form_down_file);
@@ -267,7 +303,7 @@ void MainWindow::on_softwareupgrade_clicked()
 
 void MainWindow::on_hardwareupgrade_clicked()
 {
-    auto* const form = new hardwareupdata;
+    auto* const form = new hardwareupdata(this);
     connect(this, &MainWindow::variableChanged, form, &hardwareupdata::setlanguage);
     emit variableChanged(language);
     connect(form, &hardwareupdata::send_signal_cloud_updata, key,

@@ -272,7 +272,7 @@ private:
     [[nodiscard]] bool confirm_quit();
     void quit_if_confirmed();
     void tell_not_available(const QString& feature);
-    /// Shows a window of its own in front of all others, until it is closed.
+    /// Shows a dialog before all others. It goes when it is closed.
     static void show_form(QWidget* form);
 
     [[nodiscard]] QStringList headings(bool main_table) const;

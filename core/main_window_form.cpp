@@ -415,9 +415,9 @@ void MainWindow::retranslateUi(QMainWindow* window)
     describe(data_to_device, ::MainWindow::tr("上传数据"),
              ::MainWindow::tr("把勾选的数据上传到仪器（尚未提供）"));
     describe(data_output_file, ::MainWindow::tr("导出数据"),
-             ::MainWindow::tr("把勾选的数据导出到文件（尚未提供）"));
+             ::MainWindow::tr("把勾选的数据导出到文件 (Ctrl+E)"));
     describe(data_input_file, ::MainWindow::tr("导入数据"),
-             ::MainWindow::tr("从文件导入数据（尚未提供）"));
+             ::MainWindow::tr("从文件导入数据 (Ctrl+O)"));
     describe(pushButton_map, ::MainWindow::tr("地图"), ::MainWindow::tr("显示地图 (Ctrl+1)"));
     describe(pushButton_graph, ::MainWindow::tr("图形"), ::MainWindow::tr("显示图形 (Ctrl+2)"));
     describe(print, ::MainWindow::tr("打印"), ::MainWindow::tr("打印图形"));

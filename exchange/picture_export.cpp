@@ -1,13 +1,12 @@
 // The map or the drawing as a PNG file.
 
 #include "exchange/file_export_thread.h"
+#include "exchange/message_boxes.h"
 #include "presentation/graphic_widget.h"
 
-#include <QApplication>
 #include <QDebug>
 #include <QFile>
 #include <QImage>
-#include <QMessageBox>
 #include <QPainter>
 #include <QWebEngineView>
 
@@ -28,22 +27,18 @@ void file_export_thread::picture_export(QWebEngineView* m_parentWebEngineView,
     if (file_path.isEmpty())
         return;
 
-    const auto warn = [](const QString& text) {
-        QMessageBox::warning(QApplication::activeWindow(), QStringLiteral("Warning"), text);
-    };
     QFile file(file_path);
     if (!file.open(QIODevice::WriteOnly)) {
         qDebug() << "Failed to open file: " << file_path;
-        warn(QStringLiteral("Failed to open file"));
+        show_warning(QStringLiteral("Warning"), QStringLiteral("Failed to open file"));
         return;
     }
     if (!image.save(&file, "PNG") || !file.flush()) {
         qDebug() << "Failed to save screenshot to " << file_path << ": " << file.errorString();
-        warn(QStringLiteral("Failed to save screenshot"));
+        show_warning(QStringLiteral("Warning"), QStringLiteral("Failed to save screenshot"));
         return;
     }
     file.close();
     qDebug() << "Screenshot saved successfully to " << file_path;
-    QMessageBox::information(QApplication::activeWindow(), QStringLiteral("img"),
-                             QStringLiteral("图片文件导出成功"));
+    show_information(QStringLiteral("img"), QStringLiteral("图片文件导出成功"));
 }

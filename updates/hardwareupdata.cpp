@@ -27,6 +27,7 @@ hardwareupdata::hardwareupdata(QWidget* parent)
       line(new QFrame(this))
 {
     setWindowTitle(QStringLiteral("设备升级"));
+    setWindowFlag(Qt::Window);
     setFixedSize(510, 253);
 
     struct placed

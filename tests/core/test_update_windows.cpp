@@ -12,6 +12,7 @@
 #include "instrument/pseudo_terminal.h"
 #include "presentation/graphic_widget.h"
 #include "support/box_watcher.h"
+#include "support/file_dialog_user.h"
 #include "update_server.h"
 #include "updates/hardware_upgrade.h"
 #include "updates/hardwareupdata.h"
@@ -22,9 +23,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QFile>
-#include <QFileDialog>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
@@ -90,7 +89,6 @@ private:
 
 void test_update_windows::initTestCase()
 {
-    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     m_server = std::make_unique<update_server>();
     m_server->trust();
     qputenv("PATH", ""); // no adb: nothing outside this process takes part
@@ -256,16 +254,8 @@ void test_update_windows::a_transfer_goes_on_after_its_window_is_closed()
     file.write(image);
     file.close();
     box_watcher watcher;
-    QTimer chooser;
-    connect(&chooser, &QTimer::timeout, this, [&] {
-        auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-        if (dialog == nullptr || !dialog->isVisible())
-            return;
-        auto* name = dialog->findChild<QLineEdit*>("fileNameEdit");
-        name->setText(file.fileName());
-        QTest::keyClick(name, Qt::Key_Return);
-    });
-    chooser.start(10);
+    file_dialog_user chooser;
+    chooser.path = file.fileName();
     QTest::mouseClick(m_window->ui->hardwareupgrade, Qt::LeftButton);
     QPointer<hardwareupdata> form = open_form<hardwareupdata>();
     QTest::mouseClick(form->pushButton_2, Qt::LeftButton);

@@ -5,6 +5,7 @@
 #include "instrument/boot_loader.h"
 #include "instrument/pseudo_terminal.h"
 #include "support/box_watcher.h"
+#include "support/file_dialog_user.h"
 #include "support/log_capture.h"
 #include "update_server.h"
 #include "updates/hardware_upgrade.h"
@@ -13,8 +14,6 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
-#include <QFileDialog>
-#include <QLineEdit>
 #include <QRandomGenerator>
 #include <QSerialPort>
 #include <QSignalSpy>
@@ -114,41 +113,6 @@ private:
     QString m_path;
 };
 
-/// Answers the file dialog with a path, or closes it when there is none.
-class file_chooser : public QObject
-{
-public:
-    explicit file_chooser(QString path) : m_path(std::move(path))
-    {
-        connect(&m_timer, &QTimer::timeout, this, &file_chooser::look);
-        m_timer.start(10);
-    }
-    int dialogs = 0;
-    QString title;
-    QStringList filters;
-    QString folder;
-
-private:
-    void look()
-    {
-        auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-        if (dialog == nullptr || !dialog->isVisible())
-            return;
-        ++dialogs;
-        title = dialog->windowTitle();
-        filters = dialog->nameFilters();
-        folder = dialog->directory().absolutePath();
-        if (m_path.isEmpty())
-            return dialog->reject();
-        auto* name = dialog->findChild<QLineEdit*>("fileNameEdit");
-        name->setText(m_path);
-        QTest::keyClick(name, Qt::Key_Return);
-    }
-
-    QString m_path;
-    QTimer m_timer;
-};
-
 } // namespace
 
 class test_hardware_upgrade : public QObject
@@ -230,7 +194,6 @@ private:
 void test_hardware_upgrade::initTestCase()
 {
     QApplication::setQuitOnLastWindowClosed(false);
-    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     m_server = std::make_unique<update_server>();
     m_server->trust();
 }
@@ -324,7 +287,8 @@ QString test_hardware_upgrade::write(const QString& name, const QByteArray& cont
 /// busy machine makes of its time.
 void test_hardware_upgrade::upgrade(const QByteArray& image, const QString& name)
 {
-    const file_chooser chooser(write(name, image));
+    file_dialog_user chooser;
+    chooser.path = write(name, image);
     m_worker->recv_form_local_updata();
     QTRY_VERIFY_WITH_TIMEOUT(boxes().contains(good_box), patience_ms);
     QVERIFY(m_taken.has_value());
@@ -414,13 +378,14 @@ void test_hardware_upgrade::a_local_file_is_asked_for()
     // The answer's content is not looked at.
     start_instrument({.version = "?", .version_ends_with_zero = false});
     const QByteArray image = image_of(4000);
-    const file_chooser chooser(write("a b.bin", image));
+    file_dialog_user chooser;
+    chooser.path = write("a b.bin", image);
     QSignalSpy progress(m_worker.get(), &hardware_upgrade::updata_progress);
     m_worker->recv_form_local_updata();
-    QCOMPARE(chooser.dialogs, 1);
-    QCOMPARE(chooser.title, QStringLiteral("file selection"));
-    QCOMPARE(chooser.filters, QStringList("file(*.hex *.bin)"));
-    QCOMPARE(chooser.folder, QDir::currentPath());
+    QCOMPARE(chooser.dialogs.size(), 1);
+    QCOMPARE(chooser.dialogs[0].title, QStringLiteral("file selection"));
+    QCOMPARE(chooser.dialogs[0].filters, QStringList("file(*.hex *.bin)"));
+    QCOMPARE(QDir(chooser.dialogs[0].directory), QDir(QDir::currentPath()));
     QTRY_VERIFY_WITH_TIMEOUT(boxes().contains(good_box), patience_ms);
     QCOMPARE(m_taken->name, QStringLiteral("a b.bin"));
     QCOMPARE(m_taken->image, image);
@@ -435,9 +400,9 @@ void test_hardware_upgrade::a_local_file_is_asked_for()
 void test_hardware_upgrade::no_file_chosen()
 {
     start_instrument();
-    const file_chooser chooser{QString()};
+    const file_dialog_user chooser; // cancels
     m_worker->recv_form_local_updata();
-    QCOMPARE(chooser.dialogs, 1);
+    QCOMPARE(chooser.dialogs.size(), 1);
     QCOMPARE(boxes(), QStringList("2|警告|文件打开失败"));
     QVERIFY(m_log->has("Open file fail."));
     QVERIFY(!m_log->has("iapstart"));
@@ -470,7 +435,8 @@ void test_hardware_upgrade::bad_files()
     QFETCH(QString, box);
     QFETCH(QString, log);
     start_instrument();
-    const file_chooser chooser(write(name, content));
+    file_dialog_user chooser;
+    chooser.path = write(name, content);
     m_worker->recv_form_local_updata();
     QCOMPARE(boxes(), QStringList(box));
     QVERIFY(m_log->has(log));
@@ -509,7 +475,8 @@ void test_hardware_upgrade::small_images_have_no_time()
 {
     QFETCH(int, size);
     start_instrument();
-    const file_chooser chooser(write("small.bin", image_of(size)));
+    file_dialog_user chooser;
+    chooser.path = write("small.bin", image_of(size));
     m_worker->recv_form_local_updata();
     QTRY_VERIFY_WITH_TIMEOUT(boxes().size() >= 2, patience_ms);
     QCOMPARE(boxes().first(2), QStringList({failed_box, failed_box}));
