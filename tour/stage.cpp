@@ -13,6 +13,20 @@
 #include <QScreen>
 #include <QThread>
 
+#include <cstdio>
+
+void say(const QString& text)
+{
+    std::fprintf(stdout, "%s\n", qPrintable(text));
+    std::fflush(stdout);
+}
+
+void check(bool holds, const QString& what)
+{
+    if (!holds)
+        throw step_failed(what);
+}
+
 stage::stage(const QString& picture_folder) : m_folder(picture_folder)
 {
     QDir().mkpath(m_folder);
@@ -53,6 +67,12 @@ QWidget* stage::widget(const QString& name)
     qFatal("no widget of the name %s", qPrintable(name));
 }
 
+QWidget* stage::in_front()
+{
+    QWidget* dialog = QApplication::activeModalWidget();
+    return dialog != nullptr && dialog->isVisible() ? dialog : nullptr;
+}
+
 QMessageBox* stage::box()
 {
     auto* found = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
@@ -77,6 +97,46 @@ void stage::click(const QString& widget_name) const
         const QWidget* found = widget(widget_name);
         return found->mapToGlobal(found->rect().center());
     }));
+}
+
+void stage::click_in_front(const QString& widget_name) const
+{
+    click(see([&] {
+        const auto* found =
+            in_front() == nullptr ? nullptr : in_front()->findChild<QWidget*>(widget_name);
+        return found == nullptr ? QPoint() : found->mapToGlobal(found->rect().center());
+    }));
+}
+
+void stage::wait_for_dialog(const QString& class_name) const
+{
+    wait_for(QStringLiteral("the dialog %1").arg(class_name), [&] {
+        return in_front() != nullptr && class_name == in_front()->metaObject()->className();
+    });
+    QThread::msleep(300); // until the window manager has placed and decorated it
+}
+
+void stage::close_dialog() const
+{
+    const QWidget* open = see([] { return in_front(); });
+    const QRect frame = see([] { return in_front()->frameGeometry(); });
+    constexpr int to_the_middle = 11; // pixels of the close button, in the upper right corner
+    click(frame.topRight() + QPoint(-to_the_middle, to_the_middle));
+    wait_for(
+        QStringLiteral("the dialog closed"), [&] { return in_front() != open; }, 5000);
+}
+
+void stage::type_path(const QString& path) const
+{
+    wait_for_dialog(QStringLiteral("QFileDialog"));
+    click_in_front(QStringLiteral("fileNameEdit"));
+    press(QStringLiteral("ctrl+a"));
+    type(path);
+    press(QStringLiteral("Return"));
+    wait_for(QStringLiteral("the file dialog closed"), [] {
+        return in_front() == nullptr ||
+               qstrcmp(in_front()->metaObject()->className(), "QFileDialog") != 0;
+    });
 }
 
 void stage::type(const QString& text) const

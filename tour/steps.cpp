@@ -1,5 +1,6 @@
 #include "steps.h"
 
+#include "output_steps.h"
 #include "stage.h"
 
 #include <QAbstractButton>
@@ -12,25 +13,14 @@
 #include <QPixmap>
 #include <QThread>
 
-#include <cstdio>
 #include <cstdlib>
+#include <functional>
+#include <initializer_list>
 #include <iterator>
 
 namespace {
 
 constexpr int name_column = 2;
-
-void say(const QString& text)
-{
-    std::fprintf(stdout, "%s\n", qPrintable(text));
-    std::fflush(stdout);
-}
-
-void check(bool holds, const QString& what)
-{
-    if (!holds)
-        throw step_failed(what);
-}
 
 QAbstractItemView* table(const char* name)
 {
@@ -240,6 +230,22 @@ void tick_all(const stage& at)
     at.wait_for(QStringLiteral("all ticks gone"), [] { return ticked_rows() == 0; });
 }
 
+/// What leaves the program: pictures, paper, firmware. With a field ticked, so that
+/// there is something to see.
+void look_at_output(const stage& at, const QString& folder, const QString& language)
+{
+    tick_measurement(at, 2);
+    at.wait_for(QStringLiteral("figures on the map"), [] { return map_shows(line_on_the_map); });
+    QThread::msleep(700); // until the drawing has followed
+    save_pictures(at, folder, language);
+    print_the_drawing(at, folder, language);
+    look_for_a_new_version(at, language);
+    upgrade_firmware(at, folder, language);
+    at.click(QStringLiteral("checkBox"));
+    at.click(QStringLiteral("checkBox"));
+    at.wait_for(QStringLiteral("all ticks gone"), [] { return ticked_rows() == 0; });
+}
+
 void edit_a_name(const stage& at)
 {
     const QString name = QStringLiteral("North field 7");
@@ -336,9 +342,9 @@ void walk(const QString& folder)
     struct step
     {
         const char* name;
-        void (*run)(const stage&);
+        std::function<void(const stage&)> run;
     };
-    const step steps[] = {
+    const std::initializer_list<step> steps = {
         {"the instrument is found", connect_instrument},
         {"read the measurements", read_measurements},
         {"look at three window sizes, Chinese",
@@ -349,6 +355,8 @@ void walk(const QString& folder)
                           {QStringLiteral("谷歌地图"), QStringLiteral("天地图"),
                            QStringLiteral("高德地图")});
          }},
+        {"save pictures, print, upgrade the firmware, Chinese",
+         [&](const stage& at) { look_at_output(at, folder, QStringLiteral("zh")); }},
         {"switch to English", switch_to_english},
         {"look at three window sizes, English",
          [](const stage& at) { look_at_sizes(at, QStringLiteral("en")); }},
@@ -359,6 +367,8 @@ void walk(const QString& folder)
                           {QStringLiteral("Google Map"), QStringLiteral("Sky Map"),
                            QStringLiteral("Gaode Map")});
          }},
+        {"save pictures, print, upgrade the firmware, English",
+         [&](const stage& at) { look_at_output(at, folder, QStringLiteral("en")); }},
         {"edit a name", edit_a_name},
         {"delete one row", delete_one_row},
         {"look at boxes and drawing", look_at_boxes},
@@ -372,7 +382,7 @@ void walk(const QString& folder)
             say(QStringLiteral("step: %1").arg(QLatin1String(now)));
             one.run(at);
         }
-        say(QStringLiteral("tour: all %1 steps done").arg(std::size(steps)));
+        say(QStringLiteral("tour: all %1 steps done").arg(steps.size()));
     } catch (const step_failed& failure) {
         say(QStringLiteral("FAILED at \"%1\": %2")
                 .arg(QLatin1String(now), QString::fromUtf8(failure.what())));
