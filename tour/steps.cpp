@@ -87,7 +87,7 @@ void read_measurements(const stage& at)
     }),
           QStringLiteral("the read button is not locked during the read"));
     at.take_picture(QStringLiteral("02-reading"));
-    const QString text = at.wait_for_box(QStringLiteral("数据读取"), 120'000);
+    const QString text = at.wait_for_box(QStringLiteral("数据读取"), 300'000);
     at.take_picture(QStringLiteral("03-read"));
     check(text == QStringLiteral("数据读取成功"), text);
     at.answer_box(QMessageBox::Ok);
