@@ -333,6 +333,7 @@ void MainWindow::show_form(QWidget* form)
 {
     form->setAttribute(Qt::WA_DeleteOnClose);
     form->setWindowModality(Qt::ApplicationModal);
+    form->move(geometry().center() - form->rect().center());
     form->show();
 }
 

@@ -272,8 +272,9 @@ private:
     [[nodiscard]] bool confirm_quit();
     void quit_if_confirmed();
     void tell_not_available(const QString& feature);
-    /// Shows a dialog before all others. It goes when it is closed.
-    static void show_form(QWidget* form);
+    /// Shows a dialog in the middle of the window, before all others. It is deleted
+    /// when it is closed.
+    void show_form(QWidget* form);
 
     [[nodiscard]] QStringList headings(bool main_table) const;
     [[nodiscard]] measurement_tables::kind_models kind_models() const;

@@ -7,6 +7,7 @@
 #include <QPrintPreviewDialog>
 #include <QPrinter>
 #include <QPushButton>
+#include <QTextDocument>
 #include <QTextEdit>
 
 print::print(QWidget* parent)
@@ -21,7 +22,10 @@ print::print(QWidget* parent)
     setFixedSize(759, 621);
 
     textEdit->setObjectName(QStringLiteral("textEdit"));
+    // A picture as wide as this has room for all of it, here and on A4 paper.
     textEdit->setGeometry(10, 10, 619, 601);
+    textEdit->setFrameShape(QFrame::NoFrame);
+    textEdit->document()->setDocumentMargin(0);
     pushButton_print->setObjectName(QStringLiteral("pushButton_print"));
     pushButton_print->setGeometry(639, 10, 110, 36);
     pushButton_view->setObjectName(QStringLiteral("pushButton_view"));

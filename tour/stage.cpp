@@ -9,6 +9,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPixmap>
+#include <QPointer>
 #include <QProcess>
 #include <QScreen>
 #include <QThread>
@@ -118,12 +119,13 @@ void stage::wait_for_dialog(const QString& class_name) const
 
 void stage::close_dialog() const
 {
-    const QWidget* open = see([] { return in_front(); });
+    const QPointer<QWidget> open = see([] { return QPointer(in_front()); });
     const QRect frame = see([] { return in_front()->frameGeometry(); });
     constexpr int to_the_middle = 11; // pixels of the close button, in the upper right corner
     click(frame.topRight() + QPoint(-to_the_middle, to_the_middle));
     wait_for(
-        QStringLiteral("the dialog closed"), [&] { return in_front() != open; }, 5000);
+        QStringLiteral("the dialog closed"), [&] { return open.isNull() || in_front() != open; },
+        5000);
 }
 
 void stage::type_path(const QString& path) const
@@ -223,14 +225,15 @@ QString stage::wait_for_box(const QString& title, int timeout_ms) const
 
 void stage::answer_box(int standard_button) const
 {
-    const QMessageBox* open = see([] { return box(); });
+    // The next box may take the place of this one in memory.
+    const QPointer<QMessageBox> open = see([] { return QPointer(box()); });
     click(see([&] {
         const QAbstractButton* button =
             box()->button(static_cast<QMessageBox::StandardButton>(standard_button));
         return button == nullptr ? QPoint() : button->mapToGlobal(button->rect().center());
     }));
     wait_for(
-        QStringLiteral("the box closed"), [&] { return box() != open; }, 5000);
+        QStringLiteral("the box closed"), [&] { return open.isNull() || box() != open; }, 5000);
 }
 
 void stage::take_picture(const QString& name) const

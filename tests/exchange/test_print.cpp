@@ -16,6 +16,7 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScrollBar>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextEdit>
@@ -161,6 +162,10 @@ void test_print::a_wide_drawing_is_scaled_down()
         QVERIFY(wanted.width() <= width && wanted.width() >= width - 60);
     }
     QCOMPARE(image.size(), wanted);
+    // Nothing of it is beyond the edge.
+    form.show();
+    QVERIFY(form.textEdit->verticalScrollBar()->isVisible() ||
+            !form.textEdit->horizontalScrollBar()->isVisible());
     if (size.height() < 3 * marked_widget::mark)
         return;
     QCOMPARE(image.pixelColor(1, 1), marked_widget::colours()[0]);
