@@ -4,8 +4,7 @@
 
 #include <random>
 
-/// How many mutated inputs a test tries: VELMO_MUTATIONS, or few enough for every
-/// day.
+/// How many mutated inputs a test tries: VELMO_MUTATIONS, or 100,000.
 [[nodiscard]] int mutation_count();
 
 /// The same bytes with up to five accidents: a byte changed, lost, doubled or
