@@ -7,9 +7,12 @@
 #include "core/thread_key.h"
 #include "exchange/input_window.h"
 #include "exchange/output_window.h"
+#include "exchange/print.h"
 #include "maker.h"
 #include "presentation/bridge.h"
 #include "presentation/graphic_widget.h"
+#include "updates/hardwareupdata.h"
+#include "updates/update_form.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -236,7 +239,6 @@ void MainWindow::on_data_to_device_clicked()
 void MainWindow::on_data_output_file_clicked()
 {
     auto* dialog = new outputWindow(this);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->set_parent_view(ui->map, ui->widget_graphic, map_shown);
     dialog->model = model;
     dialog->js = js;
@@ -264,23 +266,23 @@ void MainWindow::on_data_output_file_clicked()
     join(&out::send_btm_sign_to_threadkey_more_gpx, &hub::recv_more_gpx_sign_from_output);
     join(&out::send_btm_sign_to_threadkey_excel, &hub::recv_excel_sign_from_output);
 
-    dialog->setWindowModality(Qt::ApplicationModal);
     show_in_the_middle(dialog);
 }
 
 void MainWindow::on_data_input_file_clicked()
 {
     auto* dialog = new input_window(this);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(this, &MainWindow::variableChanged, dialog, &input_window::setlanguage);
     emit variableChanged(language);
     connect(dialog, &input_window::send_btm_sign_to_mainwindow_import_file, this,
             &MainWindow::recv_input_signal);
-    show_in_the_middle(dialog);
+    show_in_the_middle(dialog, Qt::NonModal);
 }
 
-void MainWindow::show_in_the_middle(QWidget* dialog)
+void MainWindow::show_in_the_middle(QWidget* dialog, Qt::WindowModality modality)
 {
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowModality(modality);
     dialog->move(geometry().center() - dialog->rect().center());
     dialog->show();
 }
@@ -297,17 +299,38 @@ void MainWindow::on_delect_tableandmap_clicked()
 
 void MainWindow::on_print_clicked()
 {
-    tell_not_available(tr("打印"));
+    auto* const form = new print(this);
+    form->add_print_image(ui->widget_graphic);
+    show_in_the_middle(form);
 }
 
 void MainWindow::on_softwareupgrade_clicked()
 {
-    tell_not_available(tr("软件更新"));
+    auto* const form = new updateForm(this);
+    form->language = language;
+    connect(form, &updateForm::send_dowmfile_signal_to_software_upgrade, key,
+            &thread_key::recv_updata_form_down_file);
+    connect(key, &thread_key::send_set_ui_to_updata_form, form, &updateForm::set_ui);
+    show_in_the_middle(form);
+    emit send_btm_sign_to_threadkey_software_upgrade(version, language);
 }
 
 void MainWindow::on_hardwareupgrade_clicked()
 {
-    tell_not_available(tr("设备升级"));
+    auto* const form = new hardwareupdata(this);
+    connect(this, &MainWindow::variableChanged, form, &hardwareupdata::setlanguage);
+    emit variableChanged(language);
+    connect(form, &hardwareupdata::send_signal_cloud_updata, key,
+            &thread_key::recv_cloud_updata_from_hardware_updata);
+    connect(form, &hardwareupdata::send_signal_sure, key,
+            &thread_key::recv_sure_from_hardware_updata);
+    connect(form, &hardwareupdata::send_signal_local_updata, key,
+            &thread_key::recv_local_updata_from_hardware_updata);
+    connect(key, &thread_key::send_add_comboBox_to_hardware_updata_form, form,
+            &hardwareupdata::recv_add_comboBox_value);
+    connect(key, &thread_key::send_updata_progress_hardware_updata_form, form,
+            &hardwareupdata::recv_updata_progress_value);
+    show_in_the_middle(form);
 }
 
 void MainWindow::on_marlund_clicked()
@@ -332,12 +355,6 @@ void MainWindow::show_coordinate_settings()
     emit zuobiaochanged(mode_flag, js, sys_index, language);
     coordinate_form->setWindowModality(Qt::ApplicationModal);
     coordinate_form->show();
-}
-
-void MainWindow::tell_not_available(const QString& feature)
-{
-    qWarning() << "not there yet:" << feature;
-    QMessageBox::information(this, feature, tr("此功能尚未提供，将随后续版本加入。"));
 }
 
 // What comes back

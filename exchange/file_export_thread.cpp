@@ -32,14 +32,6 @@ void warn_unopened()
 
 } // namespace
 
-void file_export_thread::picture_export(QWebEngineView* /*m_parentWebEngineView*/,
-                                        graphic_widget* /*m_parentwidgetView*/,
-                                        int /*picture_flag*/, QString /*file_path*/)
-{
-    const export_format& picture = export_formats[picture_format];
-    show_not_available(QString::fromUtf8(language == 0 ? picture.chinese : picture.english));
-}
-
 void file_export_thread::export_file(int cmd, int mode, double new_cz, double new_dz, double new_pl,
                                      model_param m_ModelParam, QStandardItemModel* model,
                                      QList<measuringData> Table_list, QStringList Data_msg_altitude,

@@ -1,4 +1,5 @@
 #include "instrument/adb_daemon.h"
+#include "instrument/boot_loader.h"
 #include "instrument/byte_log.h"
 #include "instrument/faults.h"
 #include "instrument/frame_responder.h"
@@ -42,7 +43,7 @@ const QString description =
                    "It is reached over adb like an Android instrument, over a pseudo-terminal\n"
                    "like one on a serial port, or both, and speaks the binary frame protocol or\n"
                    "the text protocol of older instruments. What it is sent joins its memory, and\n"
-                   "a line is printed for each measurement.\n"
+                   "a line is printed for each measurement. Its boot loader takes new firmware.\n"
                    "It runs until SIGINT or SIGTERM.\n"
                    "\n"
                    "  velmo_instrument --adb              the running adb server lists it\n"
@@ -115,6 +116,27 @@ struct options
     QCommandLineOption device_type{QStringLiteral("device-type"),
                                    QStringLiteral("Device type in the frames, 0 to 255 (1)."),
                                    QStringLiteral("number"), QStringLiteral("1")};
+    QCommandLineOption version{
+        QStringLiteral("firmware-version"),
+        QStringLiteral("Version text of the firmware (VELMO-SIM-1.0); empty to leave the question "
+                       "for it unanswered."),
+        QStringLiteral("text"), QStringLiteral("VELMO-SIM-1.0")};
+    QCommandLineOption no_zero{QStringLiteral("version-without-zero"),
+                               QStringLiteral("Send no zero byte behind the version text.")};
+    QCommandLineOption keep_firmware{QStringLiteral("keep-firmware"),
+                                     QStringLiteral("Write a firmware image that has come to this "
+                                                    "file."),
+                                     QStringLiteral("file")};
+    QCommandLineOption refuse_block{
+        QStringLiteral("refuse-block"),
+        QStringLiteral("Refuse this block of an image once, 1 being the first. May be given more "
+                       "than once."),
+        QStringLiteral("number")};
+    QCommandLineOption silent_from{
+        QStringLiteral("silent-from"),
+        QStringLiteral("Fall silent in the first upgrade at this message: 0 its beginning, 1 the "
+                       "header, 2 the first block and so on."),
+        QStringLiteral("message")};
     QCommandLineOption measurements{
         QStringLiteral("measurements"),
         QStringLiteral("Fill the memory with so many made-up measurements, 0 to 65535, instead "
@@ -137,10 +159,12 @@ struct options
 
     void add_to(QCommandLineParser& parser) const
     {
-        parser.addOptions({help,  adb,   adb_port,    server_port,  device_port, detach_after,
-                           pty,   link,  baud,        text,         uploads,     received,
-                           fault, token, device_type, measurements, points,      seed,
-                           list,  json,  log});
+        parser.addOptions({help,         adb,      adb_port,      server_port,  device_port,
+                           detach_after, pty,      link,          baud,         text,
+                           uploads,      received, fault,         token,        device_type,
+                           version,      no_zero,  keep_firmware, refuse_block, silent_from,
+                           measurements, points,   seed,          list,         json,
+                           log});
     }
 };
 
@@ -212,6 +236,18 @@ public:
         return {token, static_cast<std::uint8_t>(number_of(&options::device_type, 0, 255))};
     }
 
+    [[nodiscard]] boot_settings boot() const
+    {
+        boot_settings settings{.version = text(&options::version).toUtf8(),
+                               .version_ends_with_zero = !wants(&options::no_zero)};
+        const QString refuse = QStringLiteral("--refuse-block");
+        for (const QString& one : m_parser.values(m_options.refuse_block))
+            settings.refused.append(static_cast<int>(number(refuse, one, 1, 65535)));
+        if (wants(&options::silent_from))
+            settings.silent_from = static_cast<int>(number_of(&options::silent_from, 0, 65535));
+        return settings;
+    }
+
     [[nodiscard]] fault_list faults() const
     {
         fault_list list;
@@ -238,8 +274,9 @@ public:
         return place;
     }
 
-    /// What the instrument speaks on each line, from and into `where`.
-    [[nodiscard]] protocol_factory spoken(storage& where) const
+    /// What the instrument speaks on each line, from and into `where`, behind its boot
+    /// loader, which hands firmware to `taken`.
+    [[nodiscard]] protocol_factory spoken(storage& where, const boot_loader::receiver& taken) const
     {
         const bool speaks_text = wants(&options::text);
         const text_form form = speaks_text && word_of(&options::text, {"short", "long"}) == 0
@@ -254,7 +291,8 @@ public:
         const qsizetype uploads = wants(&options::uploads)
                                       ? word_of(&options::uploads, {"packets", "mode-text", "none"})
                                       : qsizetype{speaks_text ? mode_text : packets};
-        return [&where, speaks_text, form, uploads, who = identity(), wrong = faults()] {
+        return [&where, speaks_text, form, uploads, who = identity(), wrong = faults(),
+                loader = boot(), taken] {
             std::vector<std::unique_ptr<protocol>> all;
             if (speaks_text)
                 all.push_back(std::make_unique<text_responder>(where.stored, form, wrong));
@@ -264,7 +302,8 @@ public:
                 all.push_back(std::make_unique<upload_receiver>(where, who, wrong));
             else if (uploads == mode_text)
                 all.push_back(std::make_unique<mode_text_receiver>(where));
-            return std::make_unique<several_protocols>(std::move(all));
+            return std::make_unique<boot_loader>(
+                std::make_unique<several_protocols>(std::move(all)), loader, taken);
         };
     }
 
@@ -287,6 +326,26 @@ private:
     options m_options;
     QCommandLineParser m_parser;
 };
+
+/// Writes a file anew, unless there is no path.
+void keep(const QString& path, const QByteArray& bytes)
+{
+    if (path.isEmpty())
+        return;
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) < 0 || !file.commit())
+        fail(QStringLiteral("cannot write %1: %2").arg(path, file.errorString()));
+}
+
+/// Says that an image has come, and keeps it where that is wanted.
+void take_firmware(const firmware& taken, const QString& path)
+{
+    keep(path, taken.image);
+    say(QStringLiteral("firmware: \"%1\", %2 bytes, SHA-256 %3")
+            .arg(taken.name)
+            .arg(taken.image.size())
+            .arg(QString::fromLatin1(taken.sha256())));
+}
 
 std::unique_ptr<adb_daemon> start_adb(const command_line& command, const protocol_factory& factory,
                                       byte_log& log)
@@ -344,12 +403,7 @@ std::unique_ptr<pseudo_terminal> start_serial(const command_line& command,
 /// Prints what has just come in, and writes all that has into a file.
 void tell_received(const storage& where, const received_measurement& one, const QString& path)
 {
-    if (!path.isEmpty()) {
-        QSaveFile file(path);
-        if (!file.open(QIODevice::WriteOnly) || file.write(to_json(where.received)) < 0 ||
-            !file.commit())
-            fail(QStringLiteral("cannot write %1: %2").arg(path, file.errorString()));
-    }
+    keep(path, to_json(where.received));
     say(QStringLiteral("received:%1  %2")
             .arg(table_line(one.measured, where.received.size()),
                  one.by_packets ? QStringLiteral("packets")
@@ -382,7 +436,10 @@ int main(int argc, char* argv[])
     where.on_received = [&where, path = command.text(&options::received)](const auto& one) {
         tell_received(where, one, path);
     };
-    const protocol_factory factory = command.spoken(where);
+    const protocol_factory factory =
+        command.spoken(where, [path = command.text(&options::keep_firmware)](const auto& image) {
+            take_firmware(image, path);
+        });
 
 #ifdef Q_OS_UNIX
     quit_on_signals();

@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QFile>
 
 cable::cable()
 {
@@ -15,7 +16,10 @@ bool cable::plug_in(const QString& path)
     if (m_serial == nullptr)
         return false;
     m_serial->available_ports = [path] {
-        return QList<serial_thread::listed_port>{{path, path, QStringLiteral("USB Serial")}};
+        QList<serial_thread::listed_port> ports;
+        if (QFile::exists(path)) // until it is pulled out
+            ports.append({path, path, QStringLiteral("USB Serial")});
+        return ports;
     };
     return true;
 }

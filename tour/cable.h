@@ -16,8 +16,8 @@ class cable : public QObject
 public:
     cable();
 
-    /// Lists the pseudo-terminal as a USB serial port; false as long as the program
-    /// does not look for ports.
+    /// Lists the pseudo-terminal as the one USB serial port, as long as it is there;
+    /// false as long as the program does not look for ports.
     bool plug_in(const QString& path);
 
 protected:

@@ -13,9 +13,24 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPixmap>
+#include <QPointer>
 #include <QProcess>
 #include <QScreen>
 #include <QThread>
+
+#include <cstdio>
+
+void say(const QString& text)
+{
+    std::fprintf(stdout, "%s\n", qPrintable(text));
+    std::fflush(stdout);
+}
+
+void check(bool holds, const QString& what)
+{
+    if (!holds)
+        throw step_failed(what);
+}
 
 stage::stage(const QString& picture_folder, local_server& tiles)
     : m_folder(picture_folder), m_tiles(tiles)
@@ -61,6 +76,12 @@ QWidget* stage::widget(const QString& name)
     qFatal("no widget of the name %s", qPrintable(name));
 }
 
+QWidget* stage::in_front()
+{
+    QWidget* dialog = QApplication::activeModalWidget();
+    return dialog != nullptr && dialog->isVisible() ? dialog : nullptr;
+}
+
 QMessageBox* stage::box()
 {
     auto* found = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
@@ -85,6 +106,34 @@ void stage::click(const QString& widget_name) const
         const QWidget* found = widget(widget_name);
         return found->mapToGlobal(found->rect().center());
     }));
+}
+
+void stage::click_in_front(const QString& widget_name) const
+{
+    click(see([&] {
+        const auto* found =
+            in_front() == nullptr ? nullptr : in_front()->findChild<QWidget*>(widget_name);
+        return found == nullptr ? QPoint() : found->mapToGlobal(found->rect().center());
+    }));
+}
+
+void stage::wait_for_dialog(const QString& class_name) const
+{
+    wait_for(QStringLiteral("the dialog %1").arg(class_name), [&] {
+        return in_front() != nullptr && class_name == in_front()->metaObject()->className();
+    });
+    QThread::msleep(300); // until the window manager has placed and decorated it
+}
+
+void stage::close_dialog() const
+{
+    const QPointer<QWidget> open = see([] { return QPointer(in_front()); });
+    const QRect frame = see([] { return in_front()->frameGeometry(); });
+    constexpr int to_the_middle = 11; // pixels of the close button, in the upper right corner
+    click(frame.topRight() + QPoint(-to_the_middle, to_the_middle));
+    wait_for(
+        QStringLiteral("the dialog closed"), [&] { return open.isNull() || in_front() != open; },
+        5000);
 }
 
 void stage::type(const QString& text) const
@@ -187,14 +236,15 @@ QString stage::wait_for_box(const QString& title, int timeout_ms) const
 
 void stage::answer_box(int standard_button) const
 {
-    const QMessageBox* open = see([] { return box(); });
+    // The next box may take the place of this one in memory.
+    const QPointer<QMessageBox> open = see([] { return QPointer(box()); });
     click(see([&] {
         const QAbstractButton* button =
             box()->button(static_cast<QMessageBox::StandardButton>(standard_button));
         return button == nullptr ? QPoint() : button->mapToGlobal(button->rect().center());
     }));
     wait_for(
-        QStringLiteral("the box closed"), [&] { return box() != open; }, 5000);
+        QStringLiteral("the box closed"), [&] { return open.isNull() || box() != open; }, 5000);
 }
 
 void stage::give_path(const QString& path) const

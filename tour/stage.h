@@ -20,6 +20,11 @@ public:
     explicit step_failed(const QString& what) : std::runtime_error(what.toStdString()) {}
 };
 
+/// A line on standard output.
+void say(const QString& text);
+/// Fails the step with `what` unless `holds`.
+void check(bool holds, const QString& what);
+
 /// What a person has in front of the program: eyes, a mouse and a keyboard. All
 /// events go through the X server. Lives in a thread of its own; looks at
 /// widgets happen in the GUI thread, also while a box is open.
@@ -44,12 +49,20 @@ public:
     /// The widget of that object name, which must be there; that of the form in
     /// front where several have one. GUI thread only.
     static QWidget* widget(const QString& name);
+    /// The dialog in front, or null. GUI thread only.
+    static QWidget* in_front();
     /// The message box in front, or null. GUI thread only.
     static QMessageBox* box();
 
     void move_to(const QPoint& place) const;
     void click(const QPoint& place, int times = 1) const;
     void click(const QString& widget_name) const;
+    /// Clicks a widget of the dialog in front.
+    void click_in_front(const QString& widget_name) const;
+    /// Waits for a dialog of that class in front.
+    void wait_for_dialog(const QString& class_name) const;
+    /// Closes the dialog in front by the button of its title bar.
+    void close_dialog() const;
     void type(const QString& text) const;
     /// Replaces the text of a field.
     void fill(const QString& field_name, const QString& text) const;

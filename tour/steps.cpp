@@ -1,5 +1,6 @@
 #include "steps.h"
 
+#include "output_steps.h"
 #include "stage.h"
 #include "tiles.h"
 
@@ -20,29 +21,18 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPixmap>
+#include <QProcess>
 #include <QThread>
 
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <initializer_list>
 #include <iterator>
 
 namespace {
 
 constexpr int name_column = 2;
-
-void say(const QString& text)
-{
-    std::fprintf(stdout, "%s\n", qPrintable(text));
-    std::fflush(stdout);
-}
-
-void check(bool holds, const QString& what)
-{
-    if (!holds)
-        throw step_failed(what);
-}
 
 QAbstractItemView* table(const char* name)
 {
@@ -109,7 +99,7 @@ void read_measurements(const stage& at)
     }),
           QStringLiteral("the read button is not locked during the read"));
     at.take_picture(QStringLiteral("02-reading"));
-    const QString text = at.wait_for_box(QStringLiteral("数据读取"), 120'000);
+    const QString text = at.wait_for_box(QStringLiteral("数据读取"), 300'000);
     at.take_picture(QStringLiteral("03-read"));
     check(text == QStringLiteral("数据读取成功"), text);
     at.answer_box(QMessageBox::Ok);
@@ -423,6 +413,22 @@ void tick_all(const stage& at)
     at.wait_for(QStringLiteral("all ticks gone"), [] { return ticked_rows() == 0; });
 }
 
+/// What leaves the program: pictures, paper, firmware. With a field ticked, so that
+/// there is something to see.
+void look_at_output(const stage& at, const QString& folder, const QString& language)
+{
+    tick_measurement(at, 2);
+    at.wait_for(QStringLiteral("figures on the map"), [] { return map_shows(line_on_the_map); });
+    let_the_map_settle(at); // and the drawing follows
+    save_pictures(at, folder, language);
+    print_the_drawing(at, folder, language);
+    look_for_a_new_version(at, language);
+    upgrade_firmware(at, folder, language);
+    at.click(QStringLiteral("checkBox"));
+    at.click(QStringLiteral("checkBox"));
+    at.wait_for(QStringLiteral("all ticks gone"), [] { return ticked_rows() == 0; });
+}
+
 void edit_a_name(const stage& at)
 {
     const QString name = QStringLiteral("North field 7");
@@ -487,11 +493,31 @@ void expect_box(const stage& at, const char* title, const char* text, const char
     say(QStringLiteral("  the box says %1").arg(said));
 }
 
+/// Plugs in one of the instruments on pseudo-terminals, "newer" or "older".
+void plug_in(const stage& at, const char* instrument, const QString& folder, cable& usb)
+{
+    const QString path = folder + QStringLiteral("/../tty-") + QLatin1String(instrument);
+    at.wait_for(QStringLiteral("the search for serial ports"), [&] { return usb.plug_in(path); });
+    expect_box(at, "串口", "设备已连接",
+               qPrintable(QStringLiteral("connected-") + QLatin1String(instrument)));
+}
+
+/// Ends the instrument, which is to the program as if its cable were pulled out.
+void pull_out(const stage& at, const char* instrument, const QString& folder)
+{
+    QFile file(folder + QStringLiteral("/../tty-") + QLatin1String(instrument) +
+               QStringLiteral(".pid"));
+    check(file.open(QIODevice::ReadOnly), file.fileName());
+    const QString process = QString::fromLatin1(file.readAll().trimmed());
+    check(QProcess::execute(QStringLiteral("kill"), {process}) == 0,
+          QStringLiteral("no instrument to pull out"));
+    expect_box(at, "串口", "设备连接有误",
+               qPrintable(QStringLiteral("pulled-out-") + QLatin1String(instrument)));
+}
+
 void read_an_older_instrument(const stage& at, const QString& folder, cable& usb)
 {
-    at.wait_for(QStringLiteral("the search for serial ports"),
-                [&] { return usb.plug_in(folder + QStringLiteral("/../tty")); });
-    expect_box(at, "串口", "设备已连接", "12-older-connected");
+    plug_in(at, "older", folder, usb);
     at.click(QStringLiteral("data_read"));
     // After a download of text the Android channel has its turn.
     expect_box(at, "数据读取", "数据读取完成", "13-older-read");
@@ -756,7 +782,7 @@ void walk(const QString& folder, local_server& tiles, cable& usb)
         const char* name;
         std::function<void(const stage&)> run;
     };
-    const step steps[] = {
+    const std::initializer_list<step> steps = {
         {"the instrument is found", connect_instrument},
         {"read the measurements", read_measurements},
         {"look at three window sizes, Chinese",
@@ -769,6 +795,10 @@ void walk(const QString& folder, local_server& tiles, cable& usb)
          }},
         {"export files, Chinese", export_in_chinese},
         {"make a coordinate system, Chinese", make_a_coordinate_system},
+        {"plug in an instrument with a serial port",
+         [&](const stage& at) { plug_in(at, "newer", folder, usb); }},
+        {"save pictures, print, upgrade the firmware, Chinese",
+         [&](const stage& at) { look_at_output(at, folder, QStringLiteral("zh")); }},
         {"switch to English", switch_to_english},
         {"look at three window sizes, English",
          [](const stage& at) { look_at_sizes(at, QStringLiteral("en")); }},
@@ -779,12 +809,16 @@ void walk(const QString& folder, local_server& tiles, cable& usb)
                           {QStringLiteral("Google Map"), QStringLiteral("Sky Map"),
                            QStringLiteral("Gaode Map")});
          }},
+        {"save pictures, print, upgrade the firmware, English",
+         [&](const stage& at) { look_at_output(at, folder, QStringLiteral("en")); }},
         {"export and import files, English", export_and_import_in_english},
         {"edit a name", edit_a_name},
         {"delete one row", delete_one_row},
         {"look at boxes and drawing", look_at_boxes},
         {"edit and delete a coordinate system, English", manage_coordinate_systems},
         {"delete all rows", delete_all_rows},
+        {"pull out the instrument with the serial port",
+         [&](const stage& at) { pull_out(at, "newer", folder); }},
         {"read an older instrument beside the other",
          [&](const stage& at) { read_an_older_instrument(at, folder, usb); }},
         {"upload to both", [&](const stage& at) { upload_to_both(at, folder); }},
@@ -798,7 +832,7 @@ void walk(const QString& folder, local_server& tiles, cable& usb)
             say(QStringLiteral("step: %1").arg(QLatin1String(now)));
             one.run(at);
         }
-        say(QStringLiteral("tour: all %1 steps done").arg(std::size(steps)));
+        say(QStringLiteral("tour: all %1 steps done").arg(steps.size()));
     } catch (const step_failed& failure) {
         say(QStringLiteral("FAILED at \"%1\": %2")
                 .arg(QLatin1String(now), QString::fromUtf8(failure.what())));

@@ -290,16 +290,16 @@ Software version: </translation>
             <translation>Show the drawing (Ctrl+2)</translation>
         </message>
         <message>
-            <source>打印图形（尚未提供）</source>
-            <translation>Print the drawing (not available yet)</translation>
+            <source>打印图形</source>
+            <translation>Print the drawing</translation>
         </message>
         <message>
-            <source>检查软件新版本（尚未提供）</source>
-            <translation>Look for a new version of the software (not available yet)</translation>
+            <source>检查软件新版本</source>
+            <translation>Look for a new version of the software</translation>
         </message>
         <message>
-            <source>升级仪器固件（尚未提供）</source>
-            <translation>Replace the instrument's firmware (not available yet)</translation>
+            <source>升级仪器固件</source>
+            <translation>Replace the instrument's firmware</translation>
         </message>
         <message>
             <source>厂家主页</source>

@@ -290,16 +290,16 @@
             <translation>显示图形 (Ctrl+2)</translation>
         </message>
         <message>
-            <source>打印图形（尚未提供）</source>
-            <translation>打印图形（尚未提供）</translation>
+            <source>打印图形</source>
+            <translation>打印图形</translation>
         </message>
         <message>
-            <source>检查软件新版本（尚未提供）</source>
-            <translation>检查软件新版本（尚未提供）</translation>
+            <source>检查软件新版本</source>
+            <translation>检查软件新版本</translation>
         </message>
         <message>
-            <source>升级仪器固件（尚未提供）</source>
-            <translation>升级仪器固件（尚未提供）</translation>
+            <source>升级仪器固件</source>
+            <translation>升级仪器固件</translation>
         </message>
         <message>
             <source>厂家主页</source>

@@ -24,6 +24,7 @@
 #include <QFrame>
 #include <QGroupBox>
 #include <QHeaderView>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -99,8 +100,6 @@ private slots:
     void help_boxes();
     void coordinate_settings_open_and_come_back();
     void coordinate_settings_end_before_they_open_again();
-    void missing_features_say_so_data();
-    void missing_features_say_so();
     void buttons_emit_their_signals();
     void export_dialog_gets_what_is_shown();
     void export_dialog_is_joined_to_the_hub();
@@ -807,14 +806,6 @@ void test_main_window::menus_stand_as_designed()
     box_watcher watcher;
     m_ui->action_small_mu->trigger(); // connected to nothing
     QCOMPARE(watcher.boxes.size(), 0);
-    const std::pair<QAction*, QString> same_as_button[] = {{m_ui->action_export_graphics, "打印"},
-                                                           {m_ui->action_software, "软件更新"}};
-    for (const auto& [action, title] : same_as_button) {
-        watcher.boxes.clear();
-        action->trigger();
-        QCOMPARE(watcher.boxes.size(), 1);
-        QCOMPARE(watcher.boxes[0].title, title);
-    }
     QSignalSpy banner(m_window, &MainWindow::send_btm_sign_to_threadkey_marlund);
     QDesktopServices::setUrlHandler("https", this, "swallow_url");
     m_ui->marlund->click();
@@ -953,25 +944,6 @@ void test_main_window::coordinate_settings_end_before_they_open_again()
     QCOMPARE(m_window->coordinate_form, nullptr);
 }
 
-void test_main_window::missing_features_say_so_data()
-{
-    QTest::addColumn<QString>("object");
-    for (const char* name : {"print", "softwareupgrade", "hardwareupgrade"})
-        QTest::newRow(name) << QString(name);
-}
-
-void test_main_window::missing_features_say_so()
-{
-    QFETCH(QString, object);
-    box_watcher watcher;
-    auto* button = m_window->findChild<QPushButton*>(object);
-    QVERIFY(button->toolTip().contains("尚未提供"));
-    button->click();
-    QCOMPARE(watcher.boxes.size(), 1);
-    QCOMPARE(watcher.boxes[0].title, button->accessibleName());
-    QCOMPARE(watcher.boxes[0].text, QStringLiteral("此功能尚未提供，将随后续版本加入。"));
-}
-
 void test_main_window::buttons_emit_their_signals()
 {
     deliver(sample_lists::one_of_each());
@@ -1083,8 +1055,12 @@ void test_main_window::export_dialog_is_joined_to_the_hub()
     QCOMPARE(sent[0][0].toInt(), 9);
     QCOMPARE(flags.size(), 1);
     const QSignalSpy picture(m_objects.key, &thread_key::send_cmd_to_picture_export_thread);
-    emit dialog->send_btm_sign_to_threadkey_picture("/tmp/none", nullptr, nullptr, 1);
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("drawing.png");
+    emit dialog->send_btm_sign_to_threadkey_picture(path, m_ui->map, m_ui->widget_graphic, 0);
     QCOMPARE(picture.size(), 1);
+    QCOMPARE(watcher.texts().constLast(), QStringLiteral("图片文件导出成功"));
+    QCOMPARE(QImage(path).size(), m_ui->widget_graphic->size());
     dialog->close();
 }
 

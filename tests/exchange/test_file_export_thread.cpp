@@ -65,7 +65,6 @@ private slots:
     void each_goes_on_after_a_file_that_cannot_be_opened();
     void record_paths_are_joined_in_the_platforms_way();
     void the_pointer_waits_but_not_over_boxes();
-    void a_picture_says_that_it_comes_later();
     void stays_on_its_thread();
 
 private:
@@ -357,15 +356,6 @@ void test_file_export_thread::the_pointer_waits_but_not_over_boxes()
     QCOMPARE(watcher.boxes.size(), 1);
     QCOMPARE(over_box, int(Qt::ArrowCursor));
     QCOMPARE(QApplication::overrideCursor(), nullptr);
-}
-
-void test_file_export_thread::a_picture_says_that_it_comes_later()
-{
-    box_watcher watcher;
-    const QString path = m_folder.filePath("a.png");
-    m_exporter.picture_export(nullptr, nullptr, 0, path);
-    QCOMPARE(watcher.texts(), QStringList("此功能尚未提供，将随后续版本加入。"));
-    QVERIFY(!QFile::exists(path));
 }
 
 void test_file_export_thread::stays_on_its_thread()

@@ -1,41 +1,11 @@
 #include "local_server.h"
 
+#include "support/own_certificate.h"
+
 #include <QBuffer>
-#include <QFile>
 #include <QImage>
-#include <QProcess>
-#include <QSslCertificate>
 #include <QSslConfiguration>
-#include <QSslKey>
 #include <QTcpSocket>
-#include <QTemporaryDir>
-
-namespace {
-
-/// A certificate of the day, signed by nobody.
-QSslConfiguration own_certificate()
-{
-    const QTemporaryDir folder;
-    const QString key = folder.filePath(QStringLiteral("key.pem"));
-    const QString certificate = folder.filePath(QStringLiteral("certificate.pem"));
-    QProcess openssl;
-    openssl.start(QStringLiteral("openssl"),
-                  {"req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
-                   "-nodes", "-days", "1", "-subj", "/CN=tiles.example", "-keyout", key, "-out",
-                   certificate});
-    if (!openssl.waitForFinished(30'000) || openssl.exitCode() != 0)
-        qFatal("openssl made no certificate: %s", openssl.readAllStandardError().constData());
-    QFile key_file(key);
-    if (!key_file.open(QIODevice::ReadOnly))
-        qFatal("no key was written");
-    QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
-    configuration.setPrivateKey(QSslKey(&key_file, QSsl::Ec));
-    configuration.setLocalCertificateChain(QSslCertificate::fromPath(certificate));
-    configuration.setPeerVerifyMode(QSslSocket::VerifyNone);
-    return configuration;
-}
-
-} // namespace
 
 local_server::local_server(kind wanted, QObject* parent) : QObject(parent), m_kind(wanted)
 {
@@ -46,7 +16,7 @@ local_server::local_server(kind wanted, QObject* parent) : QObject(parent), m_ki
 
     if (wanted == kind::tls) {
         auto server = std::make_unique<QSslServer>();
-        server->setSslConfiguration(own_certificate());
+        server->setSslConfiguration(own_certificate(QStringLiteral("DNS:tiles.example")));
         m_server = std::move(server);
     } else {
         m_server = std::make_unique<QTcpServer>();
