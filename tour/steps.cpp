@@ -413,11 +413,12 @@ void tick_all(const stage& at)
     at.wait_for(QStringLiteral("all ticks gone"), [] { return ticked_rows() == 0; });
 }
 
-/// What leaves the program: pictures, paper, firmware. With a field ticked, so that
-/// there is something to see.
+/// What leaves the program: pictures, paper, firmware. With an area, a distance and
+/// a route ticked, so that there is something to see.
 void look_at_output(const stage& at, const QString& folder, const QString& language)
 {
-    tick_measurement(at, 2);
+    for (const int number : exported)
+        tick_measurement(at, number);
     at.wait_for(QStringLiteral("figures on the map"), [] { return map_shows(line_on_the_map); });
     let_the_map_settle(at); // and the drawing follows
     save_pictures(at, folder, language);
