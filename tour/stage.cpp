@@ -171,10 +171,27 @@ void stage::resize_window(const QSize& size) const
 
 void stage::wait_for_form(const QString& title) const
 {
-    wait_for(QStringLiteral("a form titled %1").arg(title), [&] {
-        const QWidget* front = QApplication::activeModalWidget();
-        return front != nullptr && front->isActiveWindow() && front->windowTitle() == title;
-    });
+    const auto form = [&]() -> QWidget* {
+        QWidget* front = QApplication::activeModalWidget();
+        return front != nullptr && front->isVisible() && front->windowTitle() == title ? front
+                                                                                       : nullptr;
+    };
+    wait_for(QStringLiteral("a form titled %1").arg(title), [&] { return form() != nullptr; });
+    // When two dialogs close at once, the window manager may give none the keys: a
+    // person clicks the title then.
+    const auto active = [&] { return form() != nullptr && form()->isActiveWindow(); };
+    constexpr int time_of_window_manager = 2000; // ms
+    const QDeadlineTimer patience(time_of_window_manager);
+    while (!see(active) && !patience.hasExpired())
+        QThread::msleep(20);
+    if (!see(active)) {
+        constexpr int above_the_form = 10; // pixels, into the title bar
+        click(see([&] {
+            const QRect place = form()->geometry();
+            return QPoint(place.center().x(), place.top() - above_the_form);
+        }));
+    }
+    wait_for(QStringLiteral("the form titled %1 in front").arg(title), active);
 }
 
 QString stage::wait_for_box(const QString& title, int timeout_ms) const
