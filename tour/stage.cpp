@@ -217,12 +217,19 @@ void stage::answer_box(int standard_button) const
 void stage::give_path(const QString& path) const
 {
     const auto dialog = [] {
-        return qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        auto* front = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        return front != nullptr && front->isVisible() ? front : nullptr;
     };
-    wait_for(QStringLiteral("a file dialog"), [&] {
+    wait_for(QStringLiteral("a file dialog"), [&] { return dialog() != nullptr; });
+    constexpr int placing = 500; // ms in which the window manager places and decorates it
+    QThread::msleep(placing);
+    const auto has_the_keys = [&] {
         return dialog() != nullptr && dialog()->isActiveWindow() &&
                qobject_cast<QLineEdit*>(QApplication::focusWidget()) != nullptr;
-    });
+    };
+    if (!see(has_the_keys))
+        click(QStringLiteral("fileNameEdit"));
+    wait_for(QStringLiteral("the file dialog in front"), has_the_keys);
     press(QStringLiteral("ctrl+a"));
     type(path);
     press(QStringLiteral("Return"));
