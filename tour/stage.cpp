@@ -54,10 +54,17 @@ QWidget* stage::widget(const QString& name)
     QWidgetList windows = QApplication::topLevelWidgets();
     if (QWidget* front = QApplication::activeModalWidget(); front != nullptr)
         windows.prepend(front);
+    // A dialog that was closed may still be there, with a button of the same name.
+    QWidget* hidden = nullptr;
     for (QWidget* window : windows) {
-        if (auto* found = window->findChild<QWidget*>(name); found != nullptr)
+        auto* found = window->findChild<QWidget*>(name);
+        if (found != nullptr && found->isVisible())
             return found;
+        if (found != nullptr)
+            hidden = found;
     }
+    if (hidden != nullptr)
+        return hidden;
     qFatal("no widget of the name %s", qPrintable(name));
 }
 
