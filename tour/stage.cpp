@@ -69,10 +69,17 @@ QWidget* stage::widget(const QString& name)
     QWidgetList windows = QApplication::topLevelWidgets();
     if (QWidget* front = QApplication::activeModalWidget(); front != nullptr)
         windows.prepend(front);
+    // A dialog that was closed may still be there, with a button of the same name.
+    QWidget* hidden = nullptr;
     for (QWidget* window : windows) {
-        if (auto* found = window->findChild<QWidget*>(name); found != nullptr)
+        auto* found = window->findChild<QWidget*>(name);
+        if (found != nullptr && found->isVisible())
             return found;
+        if (found != nullptr)
+            hidden = found;
     }
+    if (hidden != nullptr)
+        return hidden;
     qFatal("no widget of the name %s", qPrintable(name));
 }
 
@@ -220,10 +227,27 @@ void stage::resize_window(const QSize& size) const
 
 void stage::wait_for_form(const QString& title) const
 {
-    wait_for(QStringLiteral("a form titled %1").arg(title), [&] {
-        const QWidget* front = QApplication::activeModalWidget();
-        return front != nullptr && front->isActiveWindow() && front->windowTitle() == title;
-    });
+    const auto form = [&]() -> QWidget* {
+        QWidget* front = QApplication::activeModalWidget();
+        return front != nullptr && front->isVisible() && front->windowTitle() == title ? front
+                                                                                       : nullptr;
+    };
+    wait_for(QStringLiteral("a form titled %1").arg(title), [&] { return form() != nullptr; });
+    // When two dialogs close at once, the window manager may give none the keys: a
+    // person clicks the title then.
+    const auto active = [&] { return form() != nullptr && form()->isActiveWindow(); };
+    constexpr int time_of_window_manager = 2000; // ms
+    const QDeadlineTimer patience(time_of_window_manager);
+    while (!see(active) && !patience.hasExpired())
+        QThread::msleep(20);
+    if (!see(active)) {
+        constexpr int above_the_form = 10; // pixels, into the title bar
+        click(see([&] {
+            const QRect place = form()->geometry();
+            return QPoint(place.center().x(), place.top() - above_the_form);
+        }));
+    }
+    wait_for(QStringLiteral("the form titled %1 in front").arg(title), active);
 }
 
 QString stage::wait_for_box(const QString& title, int timeout_ms) const
@@ -250,12 +274,19 @@ void stage::answer_box(int standard_button) const
 void stage::give_path(const QString& path) const
 {
     const auto dialog = [] {
-        return qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        auto* front = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        return front != nullptr && front->isVisible() ? front : nullptr;
     };
-    wait_for(QStringLiteral("a file dialog"), [&] {
+    wait_for(QStringLiteral("a file dialog"), [&] { return dialog() != nullptr; });
+    constexpr int placing = 500; // ms in which the window manager places and decorates it
+    QThread::msleep(placing);
+    const auto has_the_keys = [&] {
         return dialog() != nullptr && dialog()->isActiveWindow() &&
                qobject_cast<QLineEdit*>(QApplication::focusWidget()) != nullptr;
-    });
+    };
+    if (!see(has_the_keys))
+        click(QStringLiteral("fileNameEdit"));
+    wait_for(QStringLiteral("the file dialog in front"), has_the_keys);
     press(QStringLiteral("ctrl+a"));
     type(path);
     press(QStringLiteral("Return"));

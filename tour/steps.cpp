@@ -686,6 +686,7 @@ void make_a_coordinate_system(const stage& at)
     at.answer_box(QMessageBox::Ok);
     at.wait_for_form(QStringLiteral("坐标设置"));
     at.wait_for(QStringLiteral("five systems in the list"), [] { return systems() == 5; });
+    at.click(QStringLiteral("radioButton_2")); // degrees again, which the files hold
     at.click(QStringLiteral("pushButton"));
     at.wait_for(QStringLiteral("the settings closed"),
                 [] { return QApplication::activeModalWidget() == nullptr; });
@@ -703,6 +704,7 @@ void manage_coordinate_systems(const stage& at)
 {
     at.choose(QStringLiteral("Setting"), QStringLiteral("action_coordinate"));
     at.wait_for_form(QStringLiteral("Coordinate Setting"));
+    at.click(QStringLiteral("radioButton"));
     // The system made last stands at the end.
     at.click(QStringLiteral("comboBox_3"));
     at.press(QStringLiteral("End"));
