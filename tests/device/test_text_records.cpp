@@ -673,7 +673,7 @@ void test_text_records::a_stream_cut_in_two()
     const QList<QList<point_msg>> points = reader->point_msg_all;
     QCOMPARE(records.size(), 2);
 
-    constexpr qsizetype step = 11; // shares no divisor with anything in the text
+    constexpr qsizetype step = 11;
     for (qsizetype at = 1; at < stream.size(); at += step) {
         reader->recv_cmd_from_key(0, {}, {}, {}, {});
         run_loop(stream.left(at));
