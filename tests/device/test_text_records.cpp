@@ -9,7 +9,6 @@
 #include <QTimer>
 
 #include <memory>
-#include <vector>
 
 namespace {
 
@@ -83,7 +82,7 @@ private slots:
     void a_total_of_zero();
     void a_total_in_less_than_four_characters();
     void line_ends_before_the_stream();
-    void a_stream_cut_at_any_byte();
+    void a_stream_cut_in_two();
     void repeating_a_read_adds_nothing();
 
 private:
@@ -660,42 +659,31 @@ void test_text_records::line_ends_before_the_stream()
     QVERIFY(reader->table_list.isEmpty());
 }
 
-/// A reader for each place of the cut, all at the same time for the sake of the
-/// pauses.
-void test_text_records::a_stream_cut_at_any_byte()
+/// At places all over it: within numbers, words, points and line ends.
+void test_text_records::a_stream_cut_in_two()
 {
     const QByteArray stream =
         ("\r\n" + QString(short_area).replace("N0001", "N0002") + short_point + "!\r\n" +
          QString(long_track).replace("N0001", "N0002") + long_point + "!")
             .toUtf8();
     run_loop(stream);
-    QCOMPARE(reader->table_list.size(), 2);
+    const QList<measuringData> records = reader->table_list;
+    const QStringList plain = reader->data_msg;
+    const QStringList lines = reader->data_msg_altitude;
+    const QList<QList<point_msg>> points = reader->point_msg_all;
+    QCOMPARE(records.size(), 2);
 
-    std::vector<std::unique_ptr<serial_thread>> readers;
-    for (qsizetype at = 1; at < stream.size(); ++at) {
-        readers.push_back(std::make_unique<serial_thread>());
-        readers.back()->available_ports = [] { return QList<serial_thread::listed_port>(); };
-    }
-    int ended = 0;
-    const auto let_all_take = [&](auto piece) {
-        ended = 0;
-        for (qsizetype at = 1; at < stream.size(); ++at) {
-            serial_thread* const one = readers[static_cast<std::size_t>(at - 1)].get();
-            QTimer::singleShot(0, one, [one, bytes = piece(at), &ended] {
-                one->text_loop(bytes);
-                ++ended;
-            });
-        }
-        QTRY_COMPARE(ended, static_cast<int>(readers.size()));
-    };
-    let_all_take([&](qsizetype at) { return stream.left(at); });
-    let_all_take([&](qsizetype at) { return stream.mid(at); });
-    for (const auto& one : readers) {
-        QVERIFY(one->table_list == reader->table_list);
-        QCOMPARE(one->data_msg, reader->data_msg);
-        QCOMPARE(one->data_msg_altitude, reader->data_msg_altitude);
-        QVERIFY(one->point_msg_all == reader->point_msg_all);
-        QVERIFY(one->text_buffer.isEmpty());
+    constexpr qsizetype step = 11;
+    for (qsizetype at = 1; at < stream.size(); at += step) {
+        reader->recv_cmd_from_key(0, {}, {}, {}, {});
+        run_loop(stream.left(at));
+        QVERIFY(reader->table_list.isEmpty());
+        run_loop(stream.mid(at));
+        QVERIFY(reader->table_list == records);
+        QCOMPARE(reader->data_msg, plain);
+        QCOMPARE(reader->data_msg_altitude, lines);
+        QVERIFY(reader->point_msg_all == points);
+        QVERIFY(reader->text_buffer.isEmpty());
     }
 }
 
