@@ -41,6 +41,12 @@ CoordinateSystem zone_35()
     return system;
 }
 
+file_coordinates form_of(int mode)
+{
+    const CoordinateSystem system = zone_35();
+    return {mode, flat_parameters(system), system.changzhou, system.duanzhou, system.pianlv};
+}
+
 QByteArray content(const QString& path)
 {
     QFile file(path);
@@ -235,11 +241,10 @@ QByteArray test_csv::written(const exportRecord& one, int mode, bool merged)
 {
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
-    const model_param param = flat_parameters(zone_35());
     if (merged)
-        m_exporter.write_csv_merged(buffer, {one}, mode, param);
+        write_csv_merged(buffer, {one}, form_of(mode), m_exporter.language);
     else
-        m_exporter.write_csv_single(buffer, one, mode, param);
+        write_csv_single(buffer, one, form_of(mode), m_exporter.language);
     return buffer.data();
 }
 
@@ -414,7 +419,7 @@ void test_csv::one_write_for_each_record()
     };
     counting_device device;
     device.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
-    m_exporter.write_csv_merged(device, m_exporter.export_list, 2, flat_parameters(zone_35()));
+    write_csv_merged(device, m_exporter.export_list, form_of(2), 0);
     QCOMPARE(device.writes, 10);
 }
 
@@ -422,7 +427,7 @@ void test_csv::merged_closes_its_device()
 {
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
-    m_exporter.write_csv_merged(buffer, m_exporter.export_list, 0, {});
+    write_csv_merged(buffer, m_exporter.export_list, {}, 0);
     QVERIFY(!buffer.isOpen());
 }
 
