@@ -10,7 +10,6 @@
 // peer can only convert, the time that it takes to read is taken off.
 
 #include "exchange/csv.h"
-#include "exchange/file_export_thread.h"
 #include "exchange/file_import_thread.h"
 #include "exchange/gpx.h"
 #include "exchange/kml.h"
@@ -157,8 +156,7 @@ const work works[] = {
     {"write-csv",
      [](const QString& folder, int count) {
          return writing(folder + "/out.csv", count, [](QFile& file, const auto& list) {
-             const file_export_thread exporter;
-             exporter.write_csv_merged(file, list, 0, {});
+             write_csv_merged(file, list, {}, 0);
              file.open(QIODevice::Append); // which closed it
          });
      }},
@@ -291,8 +289,7 @@ bool make_files(const QString& folder, int count)
     }
     write_kml(kml, list, 0);
     write_gpx_merged(gpx, list, 0);
-    const file_export_thread exporter;
-    exporter.write_csv_merged(csv, list, 0, {});
+    write_csv_merged(csv, list, {}, 0);
     write_kml(uneven, measurements(count, true), 0);
     one_line.write("<kml>");
     table.write("lon,lat,alt\n");

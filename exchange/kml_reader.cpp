@@ -51,10 +51,10 @@ QStringView keep(QStringView text, exportRecord& record)
 /// Appends a point of two or three parts; another count is none.
 void append_point(const tuple& point, const file_coordinates& form, exportRecord& record)
 {
-    if (point.count < 2 || point.count > 3 || form.mode < 0 || form.mode > 4)
+    if (point.count < 2 || point.count > 3 || form.mode < degrees_mode || form.mode > yx_mode)
         return;
     const auto [first, second, third] = point.parts;
-    if (form.is_plane())
+    if (is_plane(form.mode))
         record.coordinate_pairs.append(degrees_of_plane(form, first.toDouble(), second.toDouble()));
     else
         record.coordinate_pairs.emplaceBack(exportRecord::shared(first),

@@ -340,7 +340,7 @@ constexpr int exported[] = {2, 7, 15};
 /// Exports what is ticked into a folder, a file for each measurement.
 void export_folder(const stage& at, const exchange_format& format)
 {
-    const QString folder = at.file(QStringLiteral("one-by-one"));
+    const QString folder = at.file(QStringLiteral("one-by-one-") + QLatin1String(format.suffix));
     QDir().mkpath(folder);
     export_as(at, format, folder);
     const QStringList files =
@@ -394,7 +394,7 @@ void export_and_import_in_english(const stage& at)
     for (const exchange_format& format : {csv_format, gpx_format, kml_format})
         import_file(at, format, at.file(QStringLiteral("field-zh.") + QLatin1String(format.suffix)),
                     static_cast<int>(std::size(exported)));
-    import_file(at, more_gpx, at.file(QStringLiteral("one-by-one/exported_data_1.gpx")), 1);
+    import_file(at, more_gpx, at.file(QStringLiteral("one-by-one-gpx/exported_data_1.gpx")), 1);
     close_dialog(at, "Import");
 }
 

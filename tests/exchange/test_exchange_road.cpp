@@ -34,6 +34,7 @@ private slots:
     void there_and_back();
     void there_and_back_as_xml_data();
     void there_and_back_as_xml();
+    void csv_messages_are_chinese_in_english();
     void nothing_ticked_asks_for_the_path_first();
     void a_failed_import_leaves_the_tables_alone();
     void a_failed_kml_import_leaves_the_tables_alone();
@@ -221,6 +222,37 @@ void test_exchange_road::there_and_back_as_xml()
         QCOMPARE(m_window->point_msg_all[old + at].size(), read.numpoint.toInt());
         QCOMPARE(m_window->data_msg_altitude[old + at], geometry[ticked[at]]);
     }
+}
+
+void test_exchange_road::csv_messages_are_chinese_in_english()
+{
+    QTranslator english;
+    QVERIFY(english.load("./en_CN.qm"));
+    QVERIFY(QCoreApplication::installTranslator(&english));
+    QCOMPARE(QCoreApplication::translate("MainWindow", "数据列表"), "Data List");
+
+    const QTemporaryDir folder;
+    const QString merged = folder.filePath("merged.csv");
+    const auto written = [&folder](const char* name, const QByteArray& bytes) {
+        QFile file(folder.filePath(name));
+        return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size()
+                   ? file.fileName()
+                   : QString();
+    };
+    m_window->model->setData(m_window->model->index(0, 0), true);
+    box_watcher watcher;
+    export_as(0, merged);
+    export_as(1, folder.path());
+    import(merged);
+    import(written("single.csv", "名字\na,b,0,航点,1,667,2,3,4,5,6\n"));
+    import(written("summary.csv", "A(m*m):1,L:2,N:0,T:4,name:5\n"));
+    import(written("foreign.csv", "lat,lon\n1,2\n"));
+    const QStringList texts{"csv多数据合并导出成功", "csv单数据分开导出成功",
+                            "csv多数据文件导入成功", "csv单数据文件导入成功",
+                            "csv文件导入成功",       "csv文件导入失败"};
+    QCOMPARE(watcher.texts(), texts);
+    for (qsizetype at = 0; at < texts.size(); ++at)
+        QCOMPARE(watcher.boxes[at].title, at < 2 ? QStringLiteral("csv") : QStringLiteral("导入"));
 }
 
 void test_exchange_road::nothing_ticked_asks_for_the_path_first()
