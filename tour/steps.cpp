@@ -1,5 +1,6 @@
 #include "steps.h"
 
+#include "export_dialog.h"
 #include "output_steps.h"
 #include "stage.h"
 #include "tiles.h"
@@ -283,42 +284,12 @@ void close_dialog(const stage& at, const char* title)
     at.wait_for(QStringLiteral("the dialog closed"), [title] { return dialog(title) == nullptr; });
 }
 
-/// A choice of the export dialog, and how a file of it comes back.
-struct exchange_format
-{
-    int index;            ///< in the dialog's list
-    const char* title;    ///< of its boxes
-    const char* exported; ///< what the box says
-    const char* suffix;
-    const char* imported; ///< what the box says
-};
-
 constexpr exchange_format csv_format{0, "csv", "csv多数据合并导出成功", "csv",
                                      "csv多数据文件导入成功"};
 constexpr exchange_format more_csv{1, "csv", "csv单数据分开导出成功", "csv", ""};
 constexpr exchange_format gpx_format{4, "gpx", "gpx多数据合并导出成功", "gpx", "gpx文件导入成功"};
 constexpr exchange_format more_gpx{5, "gpx", "gpx单数据分开导出成功", "gpx", "gpx文件导入成功"};
 constexpr exchange_format kml_format{6, "kml", "kml文件导出成功", "kml", "kml文件导入成功"};
-
-/// In the export dialog, which is open: chooses a format and gives a path.
-void export_as(const stage& at, const exchange_format& format, const QString& path)
-{
-    at.click(QStringLiteral("export_format"));
-    at.press(QStringLiteral("Home"));
-    for (int i = 0; i < format.index; ++i)
-        at.press(QStringLiteral("Down"));
-    at.press(QStringLiteral("Return"));
-    at.wait_for(QStringLiteral("format %1").arg(format.index), [&format] {
-        auto* list = qobject_cast<QComboBox*>(stage::widget(QStringLiteral("export_format")));
-        return list->currentIndex() == format.index;
-    });
-    at.click(QStringLiteral("pushButton"));
-    at.give_path(path);
-    const QString text = at.wait_for_box(QLatin1String(format.title));
-    check(text == QString::fromUtf8(format.exported), text);
-    at.take_picture(QStringLiteral("exported-%1").arg(QFileInfo(path).fileName()));
-    at.answer_box(QMessageBox::Ok);
-}
 
 /// Exports what is ticked in each of the formats, each into one file.
 void export_files(const stage& at, const char* title, const QString& language,
