@@ -67,6 +67,13 @@ void append_point(const tuple& point, const file_coordinates& form, exportRecord
 qsizetype append_points(QStringView text, const file_coordinates& form, exportRecord& record)
 {
     text = keep(text, record);
+    // The record says how many there will be, and may say anything: no more than there
+    // is room for with tuples of a usual length.
+    constexpr qsizetype usual_tuple = 16; // characters
+    const qsizetype promised =
+        std::clamp<qsizetype>(record.numpoint.toInt(), 0, text.size() / usual_tuple);
+    record.coordinate_pairs.reserve(promised);
+    record.altitudes.reserve(promised);
     qsizetype count = 0;
     for (qsizetype i = 0; i < text.size();) {
         while (i < text.size() && is_blank(text[i].unicode()))
