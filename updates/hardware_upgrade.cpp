@@ -354,6 +354,7 @@ void hardware_upgrade::serial_read()
         break;
     case ymodem::sender::event::finished:
         pending = 0;
+        stop_listening(); // what the port brings from now on is for others
         notify(upgrade_title, QStringLiteral("设备升级成功"));
         break;
     }

@@ -27,6 +27,7 @@
 #include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSerialPort>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -50,6 +51,13 @@ Form* open_form()
             return form;
     }
     return nullptr;
+}
+
+/// The picture in a page, as a PNG file.
+QByteArray picture_in(const QTextEdit& page)
+{
+    static const QRegularExpression pattern("base64,([^\"]*)\"");
+    return QByteArray::fromBase64(pattern.match(page.toHtml()).captured(1).toLatin1());
 }
 
 class nothing_else final : public instrument::protocol
@@ -145,7 +153,13 @@ void test_update_windows::print_shows_the_drawing()
     QPointer<print> form = open_form<print>();
     QVERIFY(form != nullptr);
     QCOMPARE(form->windowModality(), Qt::ApplicationModal);
-    QVERIFY(form->textEdit->toHtml().contains("data:image/png;base64,"));
+    // The drawing, though the map is in front.
+    QCOMPARE(m_window->map_shown, 1);
+    print drawing;
+    drawing.add_print_image(m_window->ui->widget_graphic);
+    const QByteArray page = picture_in(*form->textEdit);
+    QVERIFY(page.startsWith("\x89PNG"));
+    QCOMPARE(page, picture_in(*drawing.textEdit));
     form->close();
     QTRY_VERIFY(form == nullptr); // nothing is left of it
 }
