@@ -84,7 +84,7 @@ void figures(benchmark::State& state, const QString& kind)
     thread_key key;
     QObject::connect(&key, &thread_key::draw_map_signal, view,
                      [](const QString& script) { view->page()->runJavaScript(script); });
-    const QString drawn = QStringLiteral("VelmoMap.layer._figures.length === %1");
+    const QString drawn = QStringLiteral("VelmoMap.drawn() === %1");
     double pan = 0;
     double zoom = 0;
     for (auto _ : state) {
@@ -102,8 +102,8 @@ void figures(benchmark::State& state, const QString& kind)
             turn_until_drawn(QStringLiteral("true"));
             return static_cast<double>(moved.nsecsElapsed()) / 1e9;
         };
-        pan += seconds(QStringLiteral("VelmoMap.map.panBy([200, 150], {animate: false})"));
-        zoom += seconds(QStringLiteral("VelmoMap.map.zoomIn(1, {animate: false})"));
+        pan += seconds(QStringLiteral("VelmoMap.pan(200, 150)"));
+        zoom += seconds(QStringLiteral("VelmoMap.zoomTo(VelmoMap.zoom() + 1)"));
         view->page()->runJavaScript(QStringLiteral("clearMap()"));
         turn_until_drawn(drawn.arg(0));
     }

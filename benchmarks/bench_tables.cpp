@@ -120,6 +120,22 @@ void tick_all_by_the_box(benchmark::State& state)
 }
 BENCHMARK(tick_all_by_the_box)->Arg(1000)->Arg(20'000)->Unit(benchmark::kMillisecond);
 
+/// What the timer does twice a second: the window asks, the hub sums, the window
+/// writes the labels and fills the drawing. Every second row is ticked.
+void totals_pass(benchmark::State& state)
+{
+    set_rows(state.range(0));
+    MainWindow* window = objects.window;
+    for (int row = 0; row < window->model->rowCount(); row += 2)
+        window->model->item(row, 0)->setData(true, Qt::EditRole);
+    settle();
+    for (auto _ : state)
+        emit window->send_check_sign_to_threadkey_other(window->model, window->table_list,
+                                                        window->data_msg);
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(totals_pass)->Arg(1000)->Arg(20'000)->Unit(benchmark::kMillisecond);
+
 /// Peak resident memory of this process in MiB, from the kernel's own count.
 double peak_memory()
 {

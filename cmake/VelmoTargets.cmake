@@ -33,6 +33,9 @@ function(velmo_settings target)
       -fsanitize=${VELMO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     target_link_options(${target} PRIVATE -fsanitize=${VELMO_SANITIZE})
   endif()
+  if(VELMO_FUZZ)
+    target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+  endif()
 endfunction()
 
 # velmo_library(target FOLDER folder [HEADERS h...] SOURCES s... LINKS l...)
@@ -46,6 +49,9 @@ function(velmo_library target)
   cmake_parse_arguments(arg "" "FOLDER" "HEADERS;SOURCES;LINKS" ${ARGN})
   add_library(${target} STATIC ${arg_SOURCES})
   set(shown "${PROJECT_BINARY_DIR}/include/${target}")
+  # Anew each time: a library that now lists its headers must not write them
+  # through the link to its whole folder.
+  file(REMOVE_RECURSE "${shown}")
   file(MAKE_DIRECTORY "${shown}")
   if(arg_HEADERS)
     file(MAKE_DIRECTORY "${shown}/${arg_FOLDER}")
@@ -65,11 +71,12 @@ endfunction()
 # velmo_test(name SOURCES s... LINKS l... [LABELS l...])
 #
 # One Qt Test program for one unit. The label "web" marks what starts the web
-# engine. Each test gets a folder of its own as working directory.
+# engine. Each test gets a folder of its own as working directory, and another for
+# the program's data (tests/support/private_data.cpp).
 function(velmo_test name)
   cmake_parse_arguments(arg "" "WORKING_DIRECTORY" "SOURCES;LINKS;LABELS" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
-  target_link_libraries(${name} PRIVATE ${arg_LINKS} velmo_test_support Qt6::Test)
+  target_link_libraries(${name} PRIVATE ${arg_LINKS} velmo_test_support velmo_test_data Qt6::Test)
   velmo_settings(${name})
   if(NOT arg_WORKING_DIRECTORY)
     set(arg_WORKING_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}/${name}.run")
@@ -86,4 +93,38 @@ function(velmo_test name)
     LABELS "${arg_LABELS}"
     TIMEOUT 600
     ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0;UBSAN_OPTIONS=print_stacktrace=1")
+endfunction()
+
+# velmo_fuzzer(name SOURCES s... LINKS l... [SEEDS folder...] [DICTIONARY file])
+#
+# One libFuzzer program for one reader, with -DVELMO_FUZZ=ON and clang, run by
+# CTest under the label "fuzz" for VELMO_FUZZ_SECONDS. Inputs that are worth
+# keeping gather in <name>.corpus of the build folder and are used again; one that
+# fails is left beside it.
+set(VELMO_FUZZ_SECONDS 60 CACHE STRING "How long each fuzz target runs under CTest")
+function(velmo_fuzzer name)
+  if(NOT VELMO_FUZZ)
+    return()
+  endif()
+  cmake_parse_arguments(arg "" "DICTIONARY" "SOURCES;LINKS;SEEDS" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE ${arg_LINKS})
+  target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+  velmo_settings(${name})
+  if(NOT TARGET velmo_fuzzers)
+    add_custom_target(velmo_fuzzers)
+  endif()
+  add_dependencies(velmo_fuzzers ${name})
+
+  set(kept "${CMAKE_CURRENT_BINARY_DIR}/${name}.corpus")
+  file(MAKE_DIRECTORY "${kept}")
+  set(options -max_total_time=${VELMO_FUZZ_SECONDS} -timeout=20 -rss_limit_mb=4096 -max_len=8192
+    -print_final_stats=1 "-artifact_prefix=${CMAKE_CURRENT_BINARY_DIR}/${name}.")
+  if(arg_DICTIONARY)
+    list(APPEND options "-dict=${CMAKE_CURRENT_SOURCE_DIR}/${arg_DICTIONARY}")
+  endif()
+  add_test(NAME ${name} COMMAND ${name} ${options} "${kept}" ${arg_SEEDS})
+  math(EXPR limit "${VELMO_FUZZ_SECONDS} * 2 + 300")
+  set_tests_properties(${name} PROPERTIES LABELS fuzz TIMEOUT ${limit}
+    ENVIRONMENT "LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0;UBSAN_OPTIONS=print_stacktrace=1")
 endfunction()

@@ -1,11 +1,18 @@
 #include "core/main_window.h"
 
 #include "coordinates/json_file_manager.h"
+#include "coordinates/zuobiao_form_homepage.h"
 #include "core/main_window_form.h"
 #include "core/map_page.h"
+#include "core/thread_key.h"
+#include "exchange/input_window.h"
+#include "exchange/output_window.h"
+#include "exchange/print.h"
 #include "maker.h"
 #include "presentation/bridge.h"
 #include "presentation/graphic_widget.h"
+#include "updates/hardwareupdata.h"
+#include "updates/update_form.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -71,7 +78,11 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), ui(new Ui::MainWi
     js = new JsonFileManager(this);
 }
 
-MainWindow::~MainWindow() = default;
+MainWindow::~MainWindow()
+{
+    // While there still is a pointer that its end can clear.
+    delete coordinate_form;
+}
 
 void MainWindow::connect_menus()
 {
@@ -165,13 +176,16 @@ void MainWindow::choose_map(QAction* chosen)
         QAction* action;
         const char* page;
     };
-    for (const provider& one : {provider{ui->action_gaode, "/index.html"},
-                                provider{ui->action_google, "/index_google.html"},
-                                provider{ui->action_sky, "/index_tiandi.html"}}) {
+    const provider providers[] = {{ui->action_gaode, "/index.html"},
+                                  {ui->action_google, "/index_google.html"},
+                                  {ui->action_sky, "/index_tiandi.html"}};
+    for (const provider& one : providers) {
+        if (one.action != chosen)
+            one.action->setChecked(false);
+    }
+    for (const provider& one : providers) {
         if (one.action == chosen)
             load_page(QLatin1String(one.page));
-        else
-            one.action->setChecked(false);
     }
 }
 
@@ -220,17 +234,57 @@ void MainWindow::on_data_read_clicked()
 void MainWindow::on_data_to_device_clicked()
 {
     emit send_btm_sign_to_threadkey_device(model, table_list, data_msg_altitude);
-    tell_not_available(tr("上传数据"));
 }
 
 void MainWindow::on_data_output_file_clicked()
 {
-    tell_not_available(tr("导出数据"));
+    auto* dialog = new outputWindow(this);
+    dialog->set_parent_view(ui->map, ui->widget_graphic, map_shown);
+    dialog->model = model;
+    dialog->js = js;
+    dialog->data_msg_altitude = data_msg_altitude;
+    dialog->table_list = table_list;
+    dialog->point_msg_all = point_msg_all;
+    dialog->mode = mode_flag;
+    dialog->sys_index = sys_index;
+
+    connect(this, &MainWindow::variableChanged, dialog, &outputWindow::setlanguage);
+    emit variableChanged(language);
+
+    using out = outputWindow;
+    using hub = thread_key;
+    const auto join = [this, dialog](auto signal, auto slot) {
+        connect(dialog, signal, key, slot);
+    };
+    join(&out::send_btm_sign_to_threadkey_kml, &hub::recv_kml_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_picture, &hub::recv_picture_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_one_csv, &hub::recv_one_csv_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_more_csv, &hub::recv_more_csv_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_one_dxf, &hub::recv_one_dxf_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_more_dxf, &hub::recv_more_dxf_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_one_gpx, &hub::recv_one_gpx_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_more_gpx, &hub::recv_more_gpx_sign_from_output);
+    join(&out::send_btm_sign_to_threadkey_excel, &hub::recv_excel_sign_from_output);
+
+    show_in_the_middle(dialog);
 }
 
 void MainWindow::on_data_input_file_clicked()
 {
-    tell_not_available(tr("导入数据"));
+    auto* dialog = new input_window(this);
+    connect(this, &MainWindow::variableChanged, dialog, &input_window::setlanguage);
+    emit variableChanged(language);
+    connect(dialog, &input_window::send_btm_sign_to_mainwindow_import_file, this,
+            &MainWindow::recv_input_signal);
+    show_in_the_middle(dialog, Qt::NonModal);
+}
+
+void MainWindow::show_in_the_middle(QWidget* dialog, Qt::WindowModality modality)
+{
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowModality(modality);
+    dialog->move(geometry().center() - dialog->rect().center());
+    dialog->show();
 }
 
 void MainWindow::on_delect_tableandmap_clicked()
@@ -245,17 +299,38 @@ void MainWindow::on_delect_tableandmap_clicked()
 
 void MainWindow::on_print_clicked()
 {
-    tell_not_available(tr("打印"));
+    auto* const form = new print(this);
+    form->add_print_image(ui->widget_graphic);
+    show_in_the_middle(form);
 }
 
 void MainWindow::on_softwareupgrade_clicked()
 {
-    tell_not_available(tr("软件更新"));
+    auto* const form = new updateForm(this);
+    form->language = language;
+    connect(form, &updateForm::send_dowmfile_signal_to_software_upgrade, key,
+            &thread_key::recv_updata_form_down_file);
+    connect(key, &thread_key::send_set_ui_to_updata_form, form, &updateForm::set_ui);
+    show_in_the_middle(form);
+    emit send_btm_sign_to_threadkey_software_upgrade(version, language);
 }
 
 void MainWindow::on_hardwareupgrade_clicked()
 {
-    tell_not_available(tr("设备升级"));
+    auto* const form = new hardwareupdata(this);
+    connect(this, &MainWindow::variableChanged, form, &hardwareupdata::setlanguage);
+    emit variableChanged(language);
+    connect(form, &hardwareupdata::send_signal_cloud_updata, key,
+            &thread_key::recv_cloud_updata_from_hardware_updata);
+    connect(form, &hardwareupdata::send_signal_sure, key,
+            &thread_key::recv_sure_from_hardware_updata);
+    connect(form, &hardwareupdata::send_signal_local_updata, key,
+            &thread_key::recv_local_updata_from_hardware_updata);
+    connect(key, &thread_key::send_add_comboBox_to_hardware_updata_form, form,
+            &hardwareupdata::recv_add_comboBox_value);
+    connect(key, &thread_key::send_updata_progress_hardware_updata_form, form,
+            &hardwareupdata::recv_updata_progress_value);
+    show_in_the_middle(form);
 }
 
 void MainWindow::on_marlund_clicked()
@@ -265,13 +340,21 @@ void MainWindow::on_marlund_clicked()
 
 void MainWindow::show_coordinate_settings()
 {
-    tell_not_available(tr("坐标设置"));
-}
-
-void MainWindow::tell_not_available(const QString& feature)
-{
-    qWarning() << "not there yet:" << feature;
-    QMessageBox::information(this, feature, tr("此功能尚未提供，将随后续版本加入。"));
+    if (coordinate_form != nullptr) {
+        coordinate_form->close();
+        delete coordinate_form; // clears the pointer
+    }
+    qDebug() << "!!!!!" << mode_flag << sys_index;
+    coordinate_form = new zuobiaoForm_homepage(this);
+    connect(this, &MainWindow::zuobiaochanged, coordinate_form, &zuobiaoForm_homepage::set_up);
+    connect(coordinate_form, &zuobiaoForm_homepage::modeflagchange, this, &MainWindow::setmodeflag);
+    connect(coordinate_form, &QObject::destroyed, this, [this] {
+        coordinate_form = nullptr;
+        qDebug() << "坐标窗口已销毁";
+    });
+    emit zuobiaochanged(mode_flag, js, sys_index, language);
+    coordinate_form->setWindowModality(Qt::ApplicationModal);
+    coordinate_form->show();
 }
 
 // What comes back

@@ -271,7 +271,9 @@ private:
     void set_lamp(QLabel* lamp, bool connected);
     [[nodiscard]] bool confirm_quit();
     void quit_if_confirmed();
-    void tell_not_available(const QString& feature);
+    /// Shows a dialog in the middle of the window, before all others unless `modality`
+    /// says otherwise. It is deleted when it is closed.
+    void show_in_the_middle(QWidget* dialog, Qt::WindowModality modality = Qt::ApplicationModal);
 
     [[nodiscard]] QStringList headings(bool main_table) const;
     [[nodiscard]] measurement_tables::kind_models kind_models() const;

@@ -413,18 +413,16 @@ void MainWindow::retranslateUi(QMainWindow* window)
 
     describe(data_read, ::MainWindow::tr("获取数据"), ::MainWindow::tr("从仪器读取测量数据 (F5)"));
     describe(data_to_device, ::MainWindow::tr("上传数据"),
-             ::MainWindow::tr("把勾选的数据上传到仪器（尚未提供）"));
+             ::MainWindow::tr("把勾选的数据上传到仪器"));
     describe(data_output_file, ::MainWindow::tr("导出数据"),
-             ::MainWindow::tr("把勾选的数据导出到文件（尚未提供）"));
+             ::MainWindow::tr("把勾选的数据导出到文件 (Ctrl+E)"));
     describe(data_input_file, ::MainWindow::tr("导入数据"),
-             ::MainWindow::tr("从文件导入数据（尚未提供）"));
+             ::MainWindow::tr("从文件导入数据 (Ctrl+O)"));
     describe(pushButton_map, ::MainWindow::tr("地图"), ::MainWindow::tr("显示地图 (Ctrl+1)"));
     describe(pushButton_graph, ::MainWindow::tr("图形"), ::MainWindow::tr("显示图形 (Ctrl+2)"));
-    describe(print, ::MainWindow::tr("打印"), ::MainWindow::tr("打印图形（尚未提供）"));
-    describe(softwareupgrade, ::MainWindow::tr("软件更新"),
-             ::MainWindow::tr("检查软件新版本（尚未提供）"));
-    describe(hardwareupgrade, ::MainWindow::tr("设备升级"),
-             ::MainWindow::tr("升级仪器固件（尚未提供）"));
+    describe(print, ::MainWindow::tr("打印"), ::MainWindow::tr("打印图形"));
+    describe(softwareupgrade, ::MainWindow::tr("软件更新"), ::MainWindow::tr("检查软件新版本"));
+    describe(hardwareupgrade, ::MainWindow::tr("设备升级"), ::MainWindow::tr("升级仪器固件"));
     describe(marlund, ::MainWindow::tr("厂家主页"));
     describe(north, ::MainWindow::tr("北"));
     describe(tuxing_control, ::MainWindow::tr("显示或隐藏测量信息"));

@@ -3,8 +3,27 @@
 #include <QColor>
 #include <QDebug>
 #include <QDir>
+#include <QPointer>
 #include <QWebEngineDownloadRequest>
 #include <QWebEngineProfile>
+#include <QWebEngineScript>
+#include <QWebEngineSettings>
+
+#ifdef Q_OS_WIN
+#include <windows.h>
+#else
+#include <csignal>
+#endif
+
+namespace {
+
+constexpr int heartbeat_ms = 1000;
+
+/// Between the end of the page's process and the next one, so that one that
+/// ends at once each time does not take all of a core.
+constexpr int pause_before_loading_again_ms = 500;
+
+} // namespace
 
 map_page::map_page(QObject* parent) : QWebEnginePage(parent)
 {
@@ -16,6 +35,17 @@ map_page::map_page(QObject* parent) : QWebEnginePage(parent)
             [this](const QUrl& origin, Feature feature) {
                 setFeaturePermission(origin, feature, PermissionDeniedByUser);
             });
+    settings()->setUnknownUrlSchemePolicy(QWebEngineSettings::DisallowUnknownUrlSchemes);
+    // A name that is looked up tells a host as much as a request does.
+    settings()->setAttribute(QWebEngineSettings::DnsPrefetchEnabled, false);
+
+    connect(this, &QWebEnginePage::renderProcessTerminated, this,
+            [this](RenderProcessTerminationStatus status, int code) {
+                qWarning() << "The map page's process has ended:" << status << code;
+                QTimer::singleShot(pause_before_loading_again_ms, this, &map_page::load_again);
+            });
+    connect(&m_heartbeat, &QTimer::timeout, this, &map_page::look_for_life);
+    m_heartbeat.start(heartbeat_ms);
 }
 
 QStringList map_page::own_pages()
@@ -38,8 +68,10 @@ bool map_page::acceptNavigationRequest(const QUrl& url, NavigationType type, boo
     if (is_main_frame && type == NavigationTypeTyped) {
         const QStringList pages = own_pages();
         for (const QString& page : pages) {
-            if (url == url_of(page))
-                return true;
+            if (url != url_of(page))
+                continue;
+            m_shown = url;
+            return true;
         }
     }
     qWarning() << "The map page may not go to" << url.toDisplayString();
@@ -70,4 +102,52 @@ bool map_page::javaScriptPrompt(const QUrl& /*origin*/, const QString& /*text*/,
                                 const QString& /*default_text*/, QString* /*answer*/)
 {
     return false;
+}
+
+// Counted in beats, not by the clock: while the program itself is busy none
+// pass, and no answer could come in either.
+void map_page::look_for_life()
+{
+    if (m_answered)
+        m_beats_missed = 0;
+    else
+        ++m_beats_missed;
+    m_answered = false;
+    // Each process that was ended in vain doubles the time that the next one
+    // has, for computers on which the start alone takes longer.
+    if (m_beats_missed >= patience << qMin(m_processes_ended, 3)) {
+        m_beats_missed = 0;
+        end_process();
+    }
+    // In a world of its own, out of reach of what runs in the page.
+    runJavaScript(QStringLiteral("1"), QWebEngineScript::ApplicationWorld,
+                  [page = QPointer(this)](const QVariant& answer) {
+                      if (!page || answer.toInt() != 1)
+                          return;
+                      page->m_answered = true;
+                      page->m_processes_ended = 0;
+                  });
+}
+
+void map_page::end_process()
+{
+    const qint64 process = renderProcessPid();
+    if (process <= 0)
+        return; // none yet, or it has just ended
+    qWarning() << "The map page does not answer; its process is ended";
+    ++m_processes_ended;
+#ifdef Q_OS_WIN
+    if (HANDLE handle = OpenProcess(PROCESS_TERMINATE, FALSE, static_cast<DWORD>(process))) {
+        TerminateProcess(handle, 1);
+        CloseHandle(handle);
+    }
+#else
+    ::kill(static_cast<pid_t>(process), SIGKILL);
+#endif
+}
+
+void map_page::load_again()
+{
+    if (m_shown.isValid())
+        load(m_shown);
 }

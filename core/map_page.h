@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QStringList>
+#include <QTimer>
 #include <QUrl>
 #include <QWebEnginePage>
 
@@ -11,6 +12,10 @@
 ///
 /// What the page may load is in the pages' Content-Security-Policy, which does
 /// not stop a script from leaving the page; this class does.
+///
+/// A script may also never end, or bring the page's process down. The page asks
+/// its process for a sign of life; one that gives none for long is ended, and
+/// the page that was shown is loaded once more, without its figures.
 class map_page : public QWebEnginePage
 {
     Q_OBJECT
@@ -23,6 +28,11 @@ public:
     /// The names of the program's own pages.
     [[nodiscard]] static QStringList own_pages();
 
+    /// So many seconds without a sign of life end the page's process. Drawing
+    /// 500,000 points keeps a page busy for some two seconds on two cores; a
+    /// slow or busy computer must not lose its figures either.
+    int patience = 20;
+
 protected:
     bool acceptNavigationRequest(const QUrl& url, NavigationType type, bool is_main_frame) override;
     QWebEnginePage* createWindow(WebWindowType type) override;
@@ -32,4 +42,15 @@ protected:
     bool javaScriptConfirm(const QUrl& origin, const QString& text) override;
     bool javaScriptPrompt(const QUrl& origin, const QString& text, const QString& default_text,
                           QString* answer) override;
+
+private:
+    void look_for_life();
+    void end_process();
+    void load_again();
+
+    QUrl m_shown; ///< the last page that the program asked for
+    QTimer m_heartbeat;
+    bool m_answered = true;    ///< since the last beat
+    int m_beats_missed = 0;    ///< in a row
+    int m_processes_ended = 0; ///< in a row without an answer between
 };

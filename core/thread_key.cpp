@@ -2,6 +2,7 @@
 
 #include "coordinates/json_file_manager.h"
 #include "core/code_tables.h"
+#include "exchange/export_formats.h"
 #include "maker.h"
 #include "presentation/graphic_widget.h"
 #include "presentation/selection_totals.h"
@@ -18,20 +19,6 @@
 #include <vector>
 
 namespace {
-
-/// Commands of send_cmd_to_file_export_thread. 2 is not used: pictures have a
-/// signal of their own.
-enum export_command
-{
-    export_kml = 1,
-    export_one_csv = 3,
-    export_more_csv = 4,
-    export_one_dxf = 5,
-    export_more_dxf = 6,
-    export_one_gpx = 7,
-    export_more_gpx = 8,
-    export_excel = 9,
-};
 
 /// Command of send_cmd_to_serial_thread: start a read.
 constexpr int start_read = 1;

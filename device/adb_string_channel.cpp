@@ -146,7 +146,8 @@ void AdbStringChannel::onReadyRead()
 
 void AdbStringChannel::onSocketError(QAbstractSocket::SocketError error)
 {
-    if (closing)
+    // A wait in which nothing came says so with an error; the connection is sound.
+    if (closing || error == QAbstractSocket::SocketTimeoutError)
         return;
     qWarning() << "[AdbStringChannel] socket error:" << error
                << "message:" << (socket != nullptr ? socket->errorString() : QString());

@@ -4,9 +4,9 @@
 #include "device/adb_string_channel.h"
 #include "device/binary_records.h"
 #include "device/frame.h"
+#include "device/message_box.h"
 #include "device/text_records.h"
 
-#include <QApplication>
 #include <QDateTime>
 #include <QDebug>
 #include <QElapsedTimer>
@@ -69,15 +69,6 @@ QList<serial_thread::listed_port> system_ports()
     for (const QSerialPortInfo& info : QSerialPortInfo::availablePorts())
         ports.append({info.systemLocation(), info.portName(), info.description()});
     return ports;
-}
-
-void show_message_box(QMessageBox::Icon icon, const QString& title, const QString& text)
-{
-    QWidget* const in_front = QApplication::activeWindow();
-    if (icon == QMessageBox::Warning)
-        QMessageBox::warning(in_front, title, text);
-    else
-        QMessageBox::information(in_front, title, text);
 }
 
 /// Waits while everything else goes on.

@@ -124,7 +124,7 @@ public:
 
     /// Bytes of one text download, far more than an instrument's memory holds; an
     /// instrument that has said more will never stop.
-    qint64 text_limit = 64 << 20;
+    qint64 text_limit = 256 << 20;
     /// Gathers text records, beginning with `data`, until nothing has come for
     /// 200 ms. They are parsed when as many have come as the first one announces.
     /// Beyond `text_limit` bytes it gives up.

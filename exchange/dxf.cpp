@@ -1,21 +1,22 @@
 #include "exchange/file_export_thread.h"
 #include "exchange/file_import_thread.h"
-
-#include <QDebug>
+#include "exchange/message_boxes.h"
 
 void file_export_thread::one_dxf_export(int /*mode*/, model_param /*m_ModelParam*/,
                                         QString file_path)
 {
-    qWarning() << "one_dxf export is not there yet:" << file_path;
+    if (!file_path.isEmpty())
+        show_not_available(QStringLiteral("DXF"));
 }
 
 void file_export_thread::more_dxf_export(int /*mode*/, model_param /*m_ModelParam*/,
                                          QString file_path)
 {
-    qWarning() << "more_dxf export is not there yet:" << file_path;
+    if (!file_path.isEmpty())
+        show_not_available(QStringLiteral("DXF"));
 }
 
-void file_import_thread::import_dxf(const QString& path)
+void file_import_thread::import_dxf(const QString& /*path*/)
 {
-    qWarning() << "dxf import is not there yet:" << path;
+    show_not_available(QStringLiteral("DXF"));
 }

@@ -6,12 +6,17 @@
 
 #include <QThread>
 
+#include <functional>
+
+class QFile;
+class QIODevice;
 class QStandardItemModel;
 class QWebEngineView;
 class graphic_widget;
 
-/// Writes ticked measurements to files, and pictures. The writers are not there
-/// yet.
+/// Writes ticked measurements to files, and pictures. It is a thread by type
+/// only: its slots run in the main thread, where they may read the table's model
+/// and open boxes.
 class file_export_thread : public QThread
 {
     Q_OBJECT
@@ -37,6 +42,40 @@ public:
     void one_dxf_export(int mode, model_param m_ModelParam, QString file_path);
     void more_dxf_export(int mode, model_param m_ModelParam, QString file_path);
     void excel_export(int mode, model_param m_ModelParam, QString file_path);
+
+    /// Rebuilds `export_list` from the rows of \a model that are ticked; a row is
+    /// the same entry of the three lists. Without a tick, or without a model, it
+    /// tells the user so and returns false.
+    bool select_checked_rows(const QStandardItemModel* model,
+                             const QList<measuringData>& Table_list,
+                             const QStringList& Data_msg_altitude,
+                             const QList<QList<point_msg>>& point_msg_all);
+
+    /// What a format does with an open file: write everything, or one record.
+    using merged_writer = std::function<void(QFile& file)>;
+    using record_writer = std::function<void(QFile& file, const exportRecord& record)>;
+
+    /// Replaces the file at \a path, has it written and shows \a done under
+    /// \a title. If the file cannot be opened, a warning comes instead. Does
+    /// nothing without a path.
+    static void export_merged(const QString& path, const merged_writer& write, const QString& title,
+                              const QString& done);
+    /// Has each record of `export_list` written to record_file_path() in
+    /// \a folder, adding to a file that is there, and shows \a done under
+    /// \a title. A file that cannot be opened gets a warning, and the next one its
+    /// turn. Does nothing without a folder.
+    void export_each(const QString& folder, const QString& suffix, const record_writer& write,
+                     const QString& title, const QString& done) const;
+    /// Path of the file of record \a number, from 1, in \a folder:
+    /// exported_data_1.csv and so on.
+    static QString record_file_path(const QString& folder, const QString& suffix, qsizetype number);
+
+    /// One block for each record, and closes the device.
+    void write_csv_merged(QIODevice& device, const QList<exportRecord>& list, int mode,
+                          const model_param& m_ModelParam) const;
+    /// The block of a file with one record.
+    void write_csv_single(QIODevice& device, const exportRecord& record, int mode,
+                          const model_param& m_ModelParam) const;
 
     void picture_export(QWebEngineView* m_parentWebEngineView, graphic_widget* m_parentwidgetView,
                         int picture_flag, QString file_path);

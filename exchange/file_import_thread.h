@@ -4,11 +4,14 @@
 #include "core/records.h"
 #include "exchange/export_record.h"
 
+#include <QMultiHash>
 #include <QThread>
 
 class JsonFileManager;
+class csv_rows;
 
-/// Reads measurements from files. The readers are not there yet.
+/// Reads measurements from files. It is a thread by type only: its slots run in
+/// the main thread, which waits for an import.
 class file_import_thread : public QThread
 {
     Q_OBJECT
@@ -35,6 +38,34 @@ public:
     void import_dxf(const QString& path);
     void import_excel(const QString& path);
 
+    /// What the formats do differently when they hand on what they read.
+    struct tail_options
+    {
+        bool drop_duplicates = true; ///< records of one file that are equal come once
+        bool take_areamu = true;     ///< otherwise `areamu` stays "0"
+    };
+    /// Appends the working list to the four results, in its order. The `hd` of a
+    /// working record becomes the `price` of the result; what files do not carry
+    /// stays "0".
+    void append_to_results(tail_options options);
+
+    /// Whether the results hold a record of the same name, distance, count, area
+    /// and coordinate lines.
+    [[nodiscard]] bool in_results(const measuringData& record, const QString& lines) const;
+    /// Gives the last record of `table_list` its entries in the other three
+    /// results: \a data the plain pairs, \a lines the lines with altitudes,
+    /// \a points the number of points.
+    void append_geometry(const QString& data, const QString& lines, qsizetype points);
+
+    /// Fills the results from the rows of a CSV file, whose form shows in its first
+    /// cell. Returns the words of success; empty if the form is unknown, a row is
+    /// too short or a coordinate cannot be read.
+    QString take_csv_rows(const csv_rows& rows);
+
+    /// A date and time such as 2024/3/5T7:08:09.123 as "2024-03-05 07:08:09"; any
+    /// other text unchanged.
+    static QString normalize_datetime(const QString& text);
+
 signals:
     void read_data_finished(QList<measuringData> table_list, QStringList data_msg,
                             QStringList data_msg_altitude, QList<QList<point_msg>> point_msg_all);
@@ -45,4 +76,28 @@ public slots:
 
 protected:
     void run() override;
+
+private:
+    /// Where a record stands among the rows of a CSV file: its row, the column of
+    /// its name, and the row behind its last point. Between record and points is
+    /// the points' header.
+    struct csv_block
+    {
+        qsizetype record;
+        std::size_t first_column;
+        qsizetype end;
+    };
+    bool take_csv_blocks(const csv_rows& rows);
+    bool take_csv_block(const csv_rows& rows, const csv_block& block, const QString& count);
+    bool take_csv_summary(const csv_rows& rows);
+    /// Appends a point, whose two cells are what `mode` says, to the plain pairs
+    /// and to the lines. False if a cell cannot be read.
+    bool append_csv_point(QStringView a, QStringView b, QStringView altitude, QString& data,
+                          QString& lines) const;
+
+    /// Where in the results a record may be found again, by the hash of what
+    /// in_results() compares.
+    QMultiHash<size_t, qsizetype> m_known;
+    /// Points of files are all alike: records with equally many share one list.
+    QHash<qsizetype, QList<point_msg>> m_file_points;
 };

@@ -78,6 +78,21 @@ void end_status(const fault& what, frame_draft& draft)
     set_reply_status(what, draft, frame::export_request);
 }
 
+void upload_probe_status(const fault& what, frame_draft& draft)
+{
+    set_reply_status(what, draft, frame::upload_probe);
+}
+
+void item_status(const fault& what, frame_draft& draft)
+{
+    set_reply_status(what, draft, frame::upload_item);
+}
+
+void points_status(const fault& what, frame_draft& draft)
+{
+    set_reply_status(what, draft, frame::upload_points);
+}
+
 void command(const fault& what, frame_draft& draft)
 {
     draft.command = static_cast<std::uint8_t>(what.value);
@@ -220,6 +235,12 @@ const QList<fault_kind> all_kinds{
     {"probe-status", "STATUS", 0, 255, 1, "status in the reply to the read probe", probe_status,
      nullptr},
     {"end-status", "STATUS", 0, 255, 1, "status in the reply at the end of the export", end_status,
+     nullptr},
+    {"upload-probe-status", "STATUS", 0, 255, 1, "status in the reply to the upload probe",
+     upload_probe_status, nullptr},
+    {"item-status", "STATUS", 0, 255, 2, "status in the reply to an uploaded head", item_status,
+     nullptr},
+    {"points-status", "STATUS", 0, 255, 1, "status in the reply to uploaded points", points_status,
      nullptr},
     {"short-data", "BYTES", 1, 65535, 1, "leave the last data bytes out, length and CRC in order",
      short_data, nullptr},

@@ -8,13 +8,6 @@
 
 namespace instrument {
 
-namespace {
-
-constexpr std::uint8_t done = 0;
-constexpr std::uint8_t refused = 1;
-
-} // namespace
-
 frame_responder::frame_responder(const memory& stored, frame_identity identity, fault_list faults)
     : m_stored(stored), m_identity(std::move(identity)), m_faults(std::move(faults))
 {
@@ -43,16 +36,12 @@ QList<chunk> frame_responder::answer(const host_frame& request)
         m_head_sent = false;
         m_number = 1;
         m_attempt = 0;
-        frame_draft draft{.command = frame::reply, .data = reply_data(frame::reply, done)};
-        return send(draft);
+        return reply(0, frame::reply, status_done);
     }
     case frame::export_request: {
         if (request.data == m_identity.token)
             return next_frame();
-        frame_draft draft{.number = m_number,
-                          .command = frame::reply,
-                          .data = reply_data(frame::export_request, refused)};
-        return send(draft);
+        return reply(m_number, frame::export_request, status_refused);
     }
     default: return {};
     }
@@ -63,7 +52,7 @@ QList<chunk> frame_responder::next_frame()
     frame_draft draft{.number = m_number, .attempt = m_attempt};
     if (m_measurement == m_stored.size()) {
         draft.command = frame::reply;
-        draft.data = reply_data(frame::export_request, done);
+        draft.data = reply_data(m_identity, frame::export_request, status_done);
     } else if (!m_head_sent) {
         draft.command = frame::measurement_head;
         draft.data = head_data(m_stored[m_measurement], m_stored.size());
@@ -74,7 +63,7 @@ QList<chunk> frame_responder::next_frame()
         draft.data =
             points_data(measured, m_point, std::min<qsizetype>(points_in_frame, draft.points_left));
     }
-    QList<chunk> chunks = send(draft);
+    QList<chunk> chunks = send(draft, m_identity, m_sequence, m_faults);
     if (!draft.drop)
         ++m_number;
     if (draft.drop || draft.hold) {
@@ -100,24 +89,12 @@ void frame_responder::advance()
     }
 }
 
-QByteArray frame_responder::reply_data(std::uint8_t answered, std::uint8_t status) const
+QList<chunk> frame_responder::reply(int number, std::uint8_t answered, std::uint8_t status) const
 {
-    QByteArray data = m_identity.token;
-    data.append(static_cast<char>(answered));
-    data.append(static_cast<char>(status));
-    return data;
-}
-
-QList<chunk> frame_responder::send(frame_draft& draft)
-{
-    apply(m_faults, draft);
-    if (draft.drop)
-        return {};
-    frame_bytes out{
-        .number = draft.number,
-        .bytes = frame::build_frame(draft.command, m_sequence, draft.data, m_identity.device_type)};
-    apply(m_faults, out);
-    return to_chunks(out);
+    frame_draft draft{.number = number,
+                      .command = frame::reply,
+                      .data = reply_data(m_identity, answered, status)};
+    return send(draft, m_identity, m_sequence, m_faults);
 }
 
 } // namespace instrument

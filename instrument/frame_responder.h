@@ -1,22 +1,15 @@
 #pragma once
 
-#include "instrument/faults.h"
 #include "instrument/host_frame.h"
 #include "instrument/memory.h"
 #include "instrument/protocol.h"
+#include "instrument/reply.h"
 
 #include <QByteArray>
 
 #include <cstdint>
 
 namespace instrument {
-
-/// How an instrument introduces itself in its frames.
-struct frame_identity
-{
-    QByteArray token = QByteArray::fromHex("1A2B3C4D"); ///< 4 bytes
-    std::uint8_t device_type = 0x01;
-};
 
 /// The binary frame protocol from the instrument's side: the read of the whole
 /// memory.
@@ -41,10 +34,7 @@ private:
     [[nodiscard]] QList<chunk> next_frame();
     /// Where the export goes on once the frame at this place has been sent.
     void advance();
-    [[nodiscard]] QByteArray reply_data(std::uint8_t answered, std::uint8_t status) const;
-    /// The draft as chunks, with all faults. `draft` tells afterwards whether
-    /// it was dropped or held.
-    [[nodiscard]] QList<chunk> send(frame_draft& draft);
+    [[nodiscard]] QList<chunk> reply(int number, std::uint8_t answered, std::uint8_t status) const;
 
     const memory& m_stored;
     frame_identity m_identity;

@@ -1,15 +1,21 @@
 #include "instrument/adb_daemon.h"
+#include "instrument/boot_loader.h"
 #include "instrument/byte_log.h"
 #include "instrument/faults.h"
 #include "instrument/frame_responder.h"
+#include "instrument/mode_text_receiver.h"
 #include "instrument/sample_memory.h"
+#include "instrument/storage.h"
+#include "instrument/text_responder.h"
+#include "instrument/upload_receiver.h"
 #ifdef Q_OS_UNIX
+#include "console/quit_signals.h"
 #include "instrument/pseudo_terminal.h"
-#include "instrument/quit_signals.h"
 #endif
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QSaveFile>
 
 #include <cstdio>
 #include <memory>
@@ -35,11 +41,14 @@ void say(const QString& line)
 const QString description =
     QStringLiteral("A simulated land-measuring instrument with a memory full of measurements.\n"
                    "It is reached over adb like an Android instrument, over a pseudo-terminal\n"
-                   "like one on a serial port, or both, and speaks the binary frame protocol.\n"
+                   "like one on a serial port, or both, and speaks the binary frame protocol or\n"
+                   "the text protocol of older instruments. What it is sent joins its memory, and\n"
+                   "a line is printed for each measurement. Its boot loader takes new firmware.\n"
                    "It runs until SIGINT or SIGTERM.\n"
                    "\n"
                    "  velmo_instrument --adb              the running adb server lists it\n"
                    "  velmo_instrument --pty --link tty   open ./tty at 115200 baud\n"
+                   "  velmo_instrument --pty --text long  an older one, which speaks text\n"
                    "  velmo_instrument --list             what is in the memory\n");
 
 QString fault_text()
@@ -47,7 +56,9 @@ QString fault_text()
     return QStringLiteral(
                "\nFaults, as NAME, NAME=VALUE, NAME@FRAME or NAME=VALUE@FRAME. Without @FRAME a\n"
                "fault strikes in every frame that it fits. Frames count from the beginning of a\n"
-               "read: 0 answers the read probe, 1 is the first of the export.\n\n") +
+               "read: 0 answers the read probe, 1 is the first of the export. In an upload 0\n"
+               "answers its probe, 1 the first head; what is not answered well is not kept.\n"
+               "Text records count from 1.\n\n") +
            fault_help();
 }
 
@@ -81,6 +92,19 @@ struct options
     QCommandLineOption baud{QStringLiteral("baud"),
                             QStringLiteral("Speed of the serial port (115200)."),
                             QStringLiteral("rate"), QStringLiteral("115200")};
+    QCommandLineOption text{
+        QStringLiteral("text"),
+        QStringLiteral("Speak the text protocol, in \"short\" or \"long\" records."),
+        QStringLiteral("form")};
+    QCommandLineOption uploads{
+        QStringLiteral("uploads"),
+        QStringLiteral("How measurements can be sent to it: \"packets\", \"mode-text\" or "
+                       "\"none\" (packets, or mode-text with --text)."),
+        QStringLiteral("how")};
+    QCommandLineOption received{
+        QStringLiteral("received"),
+        QStringLiteral("Write what it was sent to this file, as JSON, after each measurement."),
+        QStringLiteral("file")};
     QCommandLineOption fault{
         QStringLiteral("fault"),
         QStringLiteral("Do this wrong; see below. May be given more than once."),
@@ -92,6 +116,27 @@ struct options
     QCommandLineOption device_type{QStringLiteral("device-type"),
                                    QStringLiteral("Device type in the frames, 0 to 255 (1)."),
                                    QStringLiteral("number"), QStringLiteral("1")};
+    QCommandLineOption version{
+        QStringLiteral("firmware-version"),
+        QStringLiteral("Version text of the firmware (VELMO-SIM-1.0); empty to leave the question "
+                       "for it unanswered."),
+        QStringLiteral("text"), QStringLiteral("VELMO-SIM-1.0")};
+    QCommandLineOption no_zero{QStringLiteral("version-without-zero"),
+                               QStringLiteral("Send no zero byte behind the version text.")};
+    QCommandLineOption keep_firmware{QStringLiteral("keep-firmware"),
+                                     QStringLiteral("Write a firmware image that has come to this "
+                                                    "file."),
+                                     QStringLiteral("file")};
+    QCommandLineOption refuse_block{
+        QStringLiteral("refuse-block"),
+        QStringLiteral("Refuse this block of an image once, 1 being the first. May be given more "
+                       "than once."),
+        QStringLiteral("number")};
+    QCommandLineOption silent_from{
+        QStringLiteral("silent-from"),
+        QStringLiteral("Fall silent in the first upgrade at this message: 0 its beginning, 1 the "
+                       "header, 2 the first block and so on."),
+        QStringLiteral("message")};
     QCommandLineOption measurements{
         QStringLiteral("measurements"),
         QStringLiteral("Fill the memory with so many made-up measurements, 0 to 65535, instead "
@@ -114,8 +159,11 @@ struct options
 
     void add_to(QCommandLineParser& parser) const
     {
-        parser.addOptions({help, adb, adb_port, server_port, device_port, detach_after, pty, link,
-                           baud, fault, token, device_type, measurements, points, seed, list, json,
+        parser.addOptions({help,         adb,      adb_port,      server_port,  device_port,
+                           detach_after, pty,      link,          baud,         text,
+                           uploads,      received, fault,         token,        device_type,
+                           version,      no_zero,  keep_firmware, refuse_block, silent_from,
+                           measurements, points,   seed,          list,         json,
                            log});
     }
 };
@@ -188,6 +236,18 @@ public:
         return {token, static_cast<std::uint8_t>(number_of(&options::device_type, 0, 255))};
     }
 
+    [[nodiscard]] boot_settings boot() const
+    {
+        boot_settings settings{.version = text(&options::version).toUtf8(),
+                               .version_ends_with_zero = !wants(&options::no_zero)};
+        const QString refuse = QStringLiteral("--refuse-block");
+        for (const QString& one : m_parser.values(m_options.refuse_block))
+            settings.refused.append(static_cast<int>(number(refuse, one, 1, 65535)));
+        if (wants(&options::silent_from))
+            settings.silent_from = static_cast<int>(number_of(&options::silent_from, 0, 65535));
+        return settings;
+    }
+
     [[nodiscard]] fault_list faults() const
     {
         fault_list list;
@@ -199,6 +259,52 @@ public:
             list.append(*parsed);
         }
         return list;
+    }
+
+    /// One of `words`, by its place, for an option that takes nothing else.
+    [[nodiscard]] qsizetype word_of(QCommandLineOption options::*option,
+                                    const QStringList& words) const
+    {
+        const qsizetype place = words.indexOf(text(option));
+        if (place < 0) {
+            fail(QStringLiteral("--%1 takes \"%2\"")
+                     .arg((m_options.*option).names().constLast(),
+                          words.join(QStringLiteral("\" or \""))));
+        }
+        return place;
+    }
+
+    /// What the instrument speaks on each line, from and into `where`, behind its boot
+    /// loader, which hands firmware to `taken`.
+    [[nodiscard]] protocol_factory spoken(storage& where, const boot_loader::receiver& taken) const
+    {
+        const bool speaks_text = wants(&options::text);
+        const text_form form = speaks_text && word_of(&options::text, {"short", "long"}) == 0
+                                   ? text_form::short_record
+                                   : text_form::long_record;
+        enum upload_form : qsizetype
+        {
+            packets,
+            mode_text,
+            none,
+        };
+        const qsizetype uploads = wants(&options::uploads)
+                                      ? word_of(&options::uploads, {"packets", "mode-text", "none"})
+                                      : qsizetype{speaks_text ? mode_text : packets};
+        return [&where, speaks_text, form, uploads, who = identity(), wrong = faults(),
+                loader = boot(), taken] {
+            std::vector<std::unique_ptr<protocol>> all;
+            if (speaks_text)
+                all.push_back(std::make_unique<text_responder>(where.stored, form, wrong));
+            else
+                all.push_back(std::make_unique<frame_responder>(where.stored, who, wrong));
+            if (uploads == packets)
+                all.push_back(std::make_unique<upload_receiver>(where, who, wrong));
+            else if (uploads == mode_text)
+                all.push_back(std::make_unique<mode_text_receiver>(where));
+            return std::make_unique<boot_loader>(
+                std::make_unique<several_protocols>(std::move(all)), loader, taken);
+        };
     }
 
     [[nodiscard]] adb_settings adb() const
@@ -220,6 +326,26 @@ private:
     options m_options;
     QCommandLineParser m_parser;
 };
+
+/// Writes a file anew, unless there is no path.
+void keep(const QString& path, const QByteArray& bytes)
+{
+    if (path.isEmpty())
+        return;
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) < 0 || !file.commit())
+        fail(QStringLiteral("cannot write %1: %2").arg(path, file.errorString()));
+}
+
+/// Says that an image has come, and keeps it where that is wanted.
+void take_firmware(const firmware& taken, const QString& path)
+{
+    keep(path, taken.image);
+    say(QStringLiteral("firmware: \"%1\", %2 bytes, SHA-256 %3")
+            .arg(taken.name)
+            .arg(taken.image.size())
+            .arg(QString::fromLatin1(taken.sha256())));
+}
 
 std::unique_ptr<adb_daemon> start_adb(const command_line& command, const protocol_factory& factory,
                                       byte_log& log)
@@ -274,17 +400,27 @@ std::unique_ptr<pseudo_terminal> start_serial(const command_line& command,
 }
 #endif
 
+/// Prints what has just come in, and writes all that has into a file.
+void tell_received(const storage& where, const received_measurement& one, const QString& path)
+{
+    keep(path, to_json(where.received));
+    say(QStringLiteral("received:%1  %2")
+            .arg(table_line(one.measured, where.received.size()),
+                 one.by_packets ? QStringLiteral("packets")
+                                : QStringLiteral("Mode text \"%1\"").arg(one.name)));
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
 {
     const QCoreApplication application(argc, argv);
     const command_line command(application);
-    const instrument::memory stored = command.stored();
+    storage where{.stored = command.stored(), .received = {}, .on_received = {}};
 
     if (command.wants(&options::list) || command.wants(&options::json)) {
         const QByteArray text =
-            command.wants(&options::json) ? to_json(stored) : to_table(stored).toUtf8();
+            command.wants(&options::json) ? to_json(where.stored) : to_table(where.stored).toUtf8();
         std::fwrite(text.constData(), 1, static_cast<size_t>(text.size()), stdout);
         return 0;
     }
@@ -297,10 +433,13 @@ int main(int argc, char* argv[])
         if (!log.open(command.text(&options::log), error))
             fail(QStringLiteral("cannot write %1: %2").arg(command.text(&options::log), error));
     }
-    const protocol_factory factory = [&stored, identity = command.identity(),
-                                      faults = command.faults()] {
-        return std::make_unique<frame_responder>(stored, identity, faults);
+    where.on_received = [&where, path = command.text(&options::received)](const auto& one) {
+        tell_received(where, one, path);
     };
+    const protocol_factory factory =
+        command.spoken(where, [path = command.text(&options::keep_firmware)](const auto& image) {
+            take_firmware(image, path);
+        });
 
 #ifdef Q_OS_UNIX
     quit_on_signals();

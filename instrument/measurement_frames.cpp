@@ -1,5 +1,8 @@
 #include "instrument/measurement_frames.h"
 
+#include "device/frame.h"
+
+#include <QTimeZone>
 #include <QtEndian>
 
 namespace instrument {
@@ -27,6 +30,19 @@ void append_time(QByteArray& bytes, const QDateTime& when)
          {date.year() % 100, date.month(), date.day(), time.hour(), time.minute(), time.second()}) {
         append_packed_decimal(bytes, part);
     }
+}
+
+QDateTime read_time(QByteArrayView data, qsizetype at)
+{
+    const QString digits = QString::fromLatin1(data.sliced(at, 6).toByteArray().toHex());
+    QDateTime when = QDateTime::fromString(QStringLiteral("20") + digits, u"yyyyMMddHHmmss");
+    when.setTimeZone(QTimeZone::utc());
+    return when;
+}
+
+std::int32_t read_i32(QByteArrayView data, qsizetype at)
+{
+    return static_cast<std::int32_t>(frame::read_u32(data, at));
 }
 
 } // namespace
@@ -69,6 +85,39 @@ QByteArray points_data(const stored_measurement& measured, qsizetype first, qsiz
     }
     append(data, measured.mode);
     return data;
+}
+
+stored_measurement read_head(QByteArrayView data)
+{
+    stored_measurement measured;
+    measured.identity = frame::read_u32(data, head_identity);
+    measured.area = frame::read_u32(data, head_area);
+    measured.length = frame::read_u32(data, head_length);
+    measured.kind = static_cast<measurement_kind>(frame::read_u8(data, head_kind));
+    measured.start = read_time(data, head_start);
+    measured.end = read_time(data, head_end);
+    measured.time_zone = frame::read_u8(data, head_time_zone);
+    measured.mode = frame::read_u8(data, head_mode);
+    measured.width = frame::read_u8(data, head_width);
+    measured.price = frame::read_u8(data, head_price);
+    measured.currency = frame::read_u8(data, head_currency);
+    return measured;
+}
+
+QList<stored_point> read_points(QByteArrayView data)
+{
+    QList<stored_point> points;
+    for (qsizetype at = points_begin; at + point_size < data.size(); at += point_size) {
+        points.append({.longitude = read_i32(data, at),
+                       .latitude = read_i32(data, at + 4),
+                       .altitude = read_i32(data, at + 8),
+                       .speed = frame::read_u8(data, at + 12),
+                       .seconds = frame::read_u16(data, at + 13),
+                       .heading = frame::read_u16(data, at + 15),
+                       .hdop = frame::read_u8(data, at + 17),
+                       .status = frame::read_u8(data, at + point_status)});
+    }
+    return points;
 }
 
 } // namespace instrument

@@ -3,6 +3,7 @@
 #include "instrument/memory.h"
 
 #include <QByteArray>
+#include <QByteArrayView>
 
 namespace instrument {
 
@@ -47,5 +48,13 @@ inline constexpr qsizetype point_status = 18;
 /// the measurement must hold.
 [[nodiscard]] QByteArray points_data(const stored_measurement& measured, qsizetype first,
                                      qsizetype count);
+
+/// What a head's data says of a measurement, without points: the reverse of
+/// head_data. Times are invalid where their digits are none.
+[[nodiscard]] stored_measurement read_head(QByteArrayView data);
+
+/// The points in the data of a points frame, whose size must be that of whole
+/// points.
+[[nodiscard]] QList<stored_point> read_points(QByteArrayView data);
 
 } // namespace instrument

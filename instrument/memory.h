@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QJsonObject>
 #include <QList>
 #include <QString>
 
@@ -19,6 +20,9 @@ enum class measurement_kind : std::uint8_t
     route = 4,
     staking_out = 5,
 };
+
+/// Identity of the simulated instrument.
+inline constexpr std::uint32_t own_identity = 20231107;
 
 /// A byte that the instrument has no value for.
 inline constexpr std::uint8_t not_set = 255;
@@ -73,5 +77,11 @@ using memory = QList<stored_measurement>;
 /// `stored_point`: longitude, latitude, altitude, speed, seconds, heading,
 /// hdop, status.
 [[nodiscard]] QByteArray to_json(const memory& stored);
+
+/// One line of the table, without a line end.
+[[nodiscard]] QString table_line(const stored_measurement& measured, qsizetype number);
+
+/// A measurement as one object of the JSON array.
+[[nodiscard]] QJsonObject to_json_object(const stored_measurement& measured);
 
 } // namespace instrument

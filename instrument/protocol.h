@@ -7,6 +7,8 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <utility>
+#include <vector>
 
 namespace instrument {
 
@@ -33,6 +35,28 @@ public:
     /// Takes what has arrived, in whatever pieces, and returns the answer,
     /// which is empty when the instrument has nothing to say yet.
     [[nodiscard]] virtual QList<chunk> receive(QByteArrayView bytes) = 0;
+};
+
+/// Several protocols on one line: each hears everything, and what they answer
+/// leaves in their order.
+class several_protocols final : public protocol
+{
+public:
+    explicit several_protocols(std::vector<std::unique_ptr<protocol>> spoken)
+        : m_spoken(std::move(spoken))
+    {
+    }
+
+    [[nodiscard]] QList<chunk> receive(QByteArrayView bytes) override
+    {
+        QList<chunk> chunks;
+        for (const auto& one : m_spoken)
+            chunks += one->receive(bytes);
+        return chunks;
+    }
+
+private:
+    std::vector<std::unique_ptr<protocol>> m_spoken;
 };
 
 /// Makes the protocol of a line that has just been opened.

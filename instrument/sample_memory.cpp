@@ -14,7 +14,6 @@ namespace instrument {
 
 namespace {
 
-constexpr std::uint32_t own_identity = 20231107;
 constexpr std::uint8_t beijing_time = 9;
 
 // The measurement mode bytes used here.

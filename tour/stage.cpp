@@ -1,19 +1,39 @@
 #include "stage.h"
 
+#include "local_server.h"
+
 #include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
 #include <QDeadlineTimer>
 #include <QDir>
+#include <QFileDialog>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPixmap>
+#include <QPointer>
 #include <QProcess>
 #include <QScreen>
 #include <QThread>
 
-stage::stage(const QString& picture_folder) : m_folder(picture_folder)
+#include <cstdio>
+
+void say(const QString& text)
+{
+    std::fprintf(stdout, "%s\n", qPrintable(text));
+    std::fflush(stdout);
+}
+
+void check(bool holds, const QString& what)
+{
+    if (!holds)
+        throw step_failed(what);
+}
+
+stage::stage(const QString& picture_folder, local_server& tiles)
+    : m_folder(picture_folder), m_tiles(tiles)
 {
     QDir().mkpath(m_folder);
 }
@@ -46,11 +66,27 @@ void stage::wait_for(const QString& what, const std::function<bool()>& condition
 
 QWidget* stage::widget(const QString& name)
 {
-    for (QWidget* window : QApplication::topLevelWidgets()) {
-        if (auto* found = window->findChild<QWidget*>(name); found != nullptr)
+    QWidgetList windows = QApplication::topLevelWidgets();
+    if (QWidget* front = QApplication::activeModalWidget(); front != nullptr)
+        windows.prepend(front);
+    // A dialog that was closed may still be there, with a button of the same name.
+    QWidget* hidden = nullptr;
+    for (QWidget* window : windows) {
+        auto* found = window->findChild<QWidget*>(name);
+        if (found != nullptr && found->isVisible())
             return found;
+        if (found != nullptr)
+            hidden = found;
     }
+    if (hidden != nullptr)
+        return hidden;
     qFatal("no widget of the name %s", qPrintable(name));
+}
+
+QWidget* stage::in_front()
+{
+    QWidget* dialog = QApplication::activeModalWidget();
+    return dialog != nullptr && dialog->isVisible() ? dialog : nullptr;
 }
 
 QMessageBox* stage::box()
@@ -79,9 +115,45 @@ void stage::click(const QString& widget_name) const
     }));
 }
 
+void stage::click_in_front(const QString& widget_name) const
+{
+    click(see([&] {
+        const auto* found =
+            in_front() == nullptr ? nullptr : in_front()->findChild<QWidget*>(widget_name);
+        return found == nullptr ? QPoint() : found->mapToGlobal(found->rect().center());
+    }));
+}
+
+void stage::wait_for_dialog(const QString& class_name) const
+{
+    wait_for(QStringLiteral("the dialog %1").arg(class_name), [&] {
+        return in_front() != nullptr && class_name == in_front()->metaObject()->className();
+    });
+    QThread::msleep(300); // until the window manager has placed and decorated it
+}
+
+void stage::close_dialog() const
+{
+    const QPointer<QWidget> open = see([] { return QPointer(in_front()); });
+    const QRect frame = see([] { return in_front()->frameGeometry(); });
+    constexpr int to_the_middle = 11; // pixels of the close button, in the upper right corner
+    click(frame.topRight() + QPoint(-to_the_middle, to_the_middle));
+    wait_for(
+        QStringLiteral("the dialog closed"), [&] { return open.isNull() || in_front() != open; },
+        5000);
+}
+
 void stage::type(const QString& text) const
 {
-    xdotool({QStringLiteral("type"), QStringLiteral("--delay"), QStringLiteral("20"), text});
+    xdotool({QStringLiteral("type"), QStringLiteral("--delay"), QStringLiteral("20"),
+             QStringLiteral("--"), text});
+}
+
+void stage::fill(const QString& field_name, const QString& text) const
+{
+    click(field_name);
+    press(QStringLiteral("ctrl+a"));
+    type(text);
 }
 
 void stage::press(const QString& key) const
@@ -153,6 +225,31 @@ void stage::resize_window(const QSize& size) const
         [&] { return widget(QStringLiteral("centralWidget"))->window()->size() == size; }, 5000);
 }
 
+void stage::wait_for_form(const QString& title) const
+{
+    const auto form = [&]() -> QWidget* {
+        QWidget* front = QApplication::activeModalWidget();
+        return front != nullptr && front->isVisible() && front->windowTitle() == title ? front
+                                                                                       : nullptr;
+    };
+    wait_for(QStringLiteral("a form titled %1").arg(title), [&] { return form() != nullptr; });
+    // When two dialogs close at once, the window manager may give none the keys: a
+    // person clicks the title then.
+    const auto active = [&] { return form() != nullptr && form()->isActiveWindow(); };
+    constexpr int time_of_window_manager = 2000; // ms
+    const QDeadlineTimer patience(time_of_window_manager);
+    while (!see(active) && !patience.hasExpired())
+        QThread::msleep(20);
+    if (!see(active)) {
+        constexpr int above_the_form = 10; // pixels, into the title bar
+        click(see([&] {
+            const QRect place = form()->geometry();
+            return QPoint(place.center().x(), place.top() - above_the_form);
+        }));
+    }
+    wait_for(QStringLiteral("the form titled %1 in front").arg(title), active);
+}
+
 QString stage::wait_for_box(const QString& title, int timeout_ms) const
 {
     wait_for(
@@ -163,14 +260,42 @@ QString stage::wait_for_box(const QString& title, int timeout_ms) const
 
 void stage::answer_box(int standard_button) const
 {
-    const QMessageBox* open = see([] { return box(); });
+    // The next box may take the place of this one in memory.
+    const QPointer<QMessageBox> open = see([] { return QPointer(box()); });
     click(see([&] {
         const QAbstractButton* button =
             box()->button(static_cast<QMessageBox::StandardButton>(standard_button));
         return button == nullptr ? QPoint() : button->mapToGlobal(button->rect().center());
     }));
     wait_for(
-        QStringLiteral("the box closed"), [&] { return box() != open; }, 5000);
+        QStringLiteral("the box closed"), [&] { return open.isNull() || box() != open; }, 5000);
+}
+
+void stage::give_path(const QString& path) const
+{
+    const auto dialog = [] {
+        auto* front = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        return front != nullptr && front->isVisible() ? front : nullptr;
+    };
+    wait_for(QStringLiteral("a file dialog"), [&] { return dialog() != nullptr; });
+    constexpr int placing = 500; // ms in which the window manager places and decorates it
+    QThread::msleep(placing);
+    const auto has_the_keys = [&] {
+        return dialog() != nullptr && dialog()->isActiveWindow() &&
+               qobject_cast<QLineEdit*>(QApplication::focusWidget()) != nullptr;
+    };
+    if (!see(has_the_keys))
+        click(QStringLiteral("fileNameEdit"));
+    wait_for(QStringLiteral("the file dialog in front"), has_the_keys);
+    press(QStringLiteral("ctrl+a"));
+    type(path);
+    press(QStringLiteral("Return"));
+    wait_for(QStringLiteral("the file dialog closed"), [&] { return dialog() == nullptr; });
+}
+
+void stage::set_network(bool reached) const
+{
+    in_gui_thread([&] { m_tiles.open = reached; });
 }
 
 void stage::take_picture(const QString& name) const

@@ -270,16 +270,8 @@ Software version: </translation>
             <translation>Read the measurements from the instrument (F5)</translation>
         </message>
         <message>
-            <source>把勾选的数据上传到仪器（尚未提供）</source>
-            <translation>Send the ticked measurements to the instrument (not available yet)</translation>
-        </message>
-        <message>
-            <source>把勾选的数据导出到文件（尚未提供）</source>
-            <translation>Export the ticked measurements to files (not available yet)</translation>
-        </message>
-        <message>
-            <source>从文件导入数据（尚未提供）</source>
-            <translation>Import measurements from a file (not available yet)</translation>
+            <source>把勾选的数据上传到仪器</source>
+            <translation>Send the ticked measurements to the instrument</translation>
         </message>
         <message>
             <source>地图</source>
@@ -298,16 +290,16 @@ Software version: </translation>
             <translation>Show the drawing (Ctrl+2)</translation>
         </message>
         <message>
-            <source>打印图形（尚未提供）</source>
-            <translation>Print the drawing (not available yet)</translation>
+            <source>打印图形</source>
+            <translation>Print the drawing</translation>
         </message>
         <message>
-            <source>检查软件新版本（尚未提供）</source>
-            <translation>Look for a new version of the software (not available yet)</translation>
+            <source>检查软件新版本</source>
+            <translation>Look for a new version of the software</translation>
         </message>
         <message>
-            <source>升级仪器固件（尚未提供）</source>
-            <translation>Replace the instrument's firmware (not available yet)</translation>
+            <source>升级仪器固件</source>
+            <translation>Replace the instrument's firmware</translation>
         </message>
         <message>
             <source>厂家主页</source>
@@ -357,6 +349,14 @@ Software version: </translation>
             <source>全选：%1</source>
             <translation>Tick all: %1</translation>
         </message>
+        <message>
+            <source>把勾选的数据导出到文件 (Ctrl+E)</source>
+            <translation>Export the ticked measurements to files (Ctrl+E)</translation>
+        </message>
+        <message>
+            <source>从文件导入数据 (Ctrl+O)</source>
+            <translation>Import measurements from a file (Ctrl+O)</translation>
+        </message>
     </context>
     <context>
         <name>thread_key</name>
@@ -367,6 +367,126 @@ Software version: </translation>
         <message>
             <source>条</source>
             <translation> rec.</translation>
+        </message>
+    </context>
+    <context>
+        <name>file_export_thread</name>
+        <message>
+            <source>csv多数据合并导出成功</source>
+            <translation>csv多数据合并导出成功</translation>
+        </message>
+        <message>
+            <source>csv单数据分开导出成功</source>
+            <translation>csv单数据分开导出成功</translation>
+        </message>
+        <message>
+            <source>gpx多数据合并导出成功</source>
+            <translation>gpx多数据合并导出成功</translation>
+        </message>
+        <message>
+            <source>gpx单数据分开导出成功</source>
+            <translation>gpx单数据分开导出成功</translation>
+        </message>
+        <message>
+            <source>kml文件导出成功</source>
+            <translation>kml文件导出成功</translation>
+        </message>
+    </context>
+    <context>
+        <name>file_import_thread</name>
+        <message>
+            <source>导入</source>
+            <translation>导入</translation>
+        </message>
+        <message>
+            <source>csv文件导入失败</source>
+            <translation>csv文件导入失败</translation>
+        </message>
+        <message>
+            <source>csv多数据文件导入成功</source>
+            <translation>csv多数据文件导入成功</translation>
+        </message>
+        <message>
+            <source>csv单数据文件导入成功</source>
+            <translation>csv单数据文件导入成功</translation>
+        </message>
+        <message>
+            <source>csv文件导入成功</source>
+            <translation>csv文件导入成功</translation>
+        </message>
+        <message>
+            <source>gpx文件导入失败</source>
+            <translation>gpx文件导入失败</translation>
+        </message>
+        <message>
+            <source>gpx文件导入成功</source>
+            <translation>gpx文件导入成功</translation>
+        </message>
+        <message>
+            <source>kml文件导入失败</source>
+            <translation>kml文件导入失败</translation>
+        </message>
+        <message>
+            <source>kml文件导入成功</source>
+            <translation>kml文件导入成功</translation>
+        </message>
+        <message>
+            <source>自制kml文件导入成功</source>
+            <translation>自制kml文件导入成功</translation>
+        </message>
+    </context>
+    <context>
+        <name>input_window</name>
+        <message>
+            <source>导入</source>
+            <translation>Import</translation>
+        </message>
+        <message>
+            <source>Open Files</source>
+            <translation>Open Files</translation>
+        </message>
+        <message>
+            <source>GIS and Data Files (*.kml *.csv *.dxf *.gpx *.xlsx *xls);;All Files (*)</source>
+            <translation>GIS and Data Files (*.kml *.csv *.dxf *.gpx *.xlsx *xls);;All Files (*)</translation>
+        </message>
+    </context>
+    <context>
+        <name>outputWindow</name>
+        <message>
+            <source>CSV Files (*.csv);;All Files (*)</source>
+            <translation>CSV Files (*.csv);;All Files (*)</translation>
+        </message>
+        <message>
+            <source>DXF Files (*.dxf);;All Files (*)</source>
+            <translation>DXF Files (*.dxf);;All Files (*)</translation>
+        </message>
+        <message>
+            <source>GPX Files (*.gpx);;All Files (*)</source>
+            <translation>GPX Files (*.gpx);;All Files (*)</translation>
+        </message>
+        <message>
+            <source>KML Files (*.kml);;All Files (*)</source>
+            <translation>KML Files (*.kml);;All Files (*)</translation>
+        </message>
+        <message>
+            <source>PNG Files (*.png);;All Files (*)</source>
+            <translation>PNG Files (*.png);;All Files (*)</translation>
+        </message>
+        <message>
+            <source>Xlsx Files (*.xlsx);;All Files (*)</source>
+            <translation>Xlsx Files (*.xlsx);;All Files (*)</translation>
+        </message>
+        <message>
+            <source>导出为</source>
+            <translation>Export As</translation>
+        </message>
+        <message>
+            <source>Export File</source>
+            <translation>Export File</translation>
+        </message>
+        <message>
+            <source>Choose Directory</source>
+            <translation>Choose Directory</translation>
         </message>
     </context>
 </TS>

@@ -5,7 +5,7 @@
  * flat arrays and are placed once; each redraw walks them and leaves out what
  * makes no difference of a pixel.
  */
-const Figures = (() => {
+const Figures = ((L) => {
   const KIND = Object.freeze({ AREA: 1, LINE: 2, WAYPOINT: 3 });
   const WORLD = 256; // width of the world in the map's pixels at zoom 0
   const MAX_LATITUDE = 85.0511287798; // where the square world ends
@@ -52,16 +52,22 @@ const Figures = (() => {
             Math.atan(Math.sinh((0.5 - y / WORLD) * 2 * Math.PI)) * 180 / Math.PI];
   }
 
+  /** The same for x, y, x, y, ...: longitude, latitude, longitude, ... */
+  function allFromWorld(world) {
+    return Array.from({ length: world.length / 2 }, (_, i) => fromWorld(world[2 * i], world[2 * i + 1])).flat();
+  }
+
   /**
    * Makes a figure of gathered numbers. A pair that is no place on earth is
-   * left out, as is a last number without its partner.
+   * left out, as is a last number without its partner. The first place decides
+   * how all others are put into the provider's system.
    * @param {string} id
    * @param {number} kind
    * @param {Array<Array<number>>} chunks longitude, latitude, longitude, ... in degrees, WGS-84
-   * @param {function(number, number): [number, number]} place into the provider's system
+   * @param {function(number, number): function} placing as of a provider
    * @returns {?object} null if no pair is left
    */
-  function make(id, kind, chunks, place) {
+  function make(id, kind, chunks, placing) {
     let total = 0;
     for (const chunk of chunks)
       total += chunk.length;
@@ -75,11 +81,14 @@ const Figures = (() => {
     const world = new Float64Array(total);
     const box = { west: Infinity, north: Infinity, east: -Infinity, south: -Infinity };
     let kept = 0;
+    let place = null;
     for (let i = 0; i + 1 < used; i += 2) {
       const longitude = measured[i];
       const latitude = measured[i + 1];
       if (!(Math.abs(longitude) <= 180 && Math.abs(latitude) <= 90))
         continue;
+      if (place === null)
+        place = placing(longitude, latitude);
       const placed = place(longitude, latitude);
       const [x, y] = toWorld(placed[0], placed[1]);
       measured[kept] = longitude;
@@ -298,13 +307,17 @@ const Figures = (() => {
     initialize(options) {
       L.setOptions(this, options);
       this._figures = [];
-      this.redraws = 0;
     },
 
     /** Draws these figures in place of those before. */
     show(figures) {
       this._figures = figures;
       this.redraw();
+    },
+
+    /** How many figures are drawn. */
+    drawn() {
+      return this._figures.length;
     },
 
     _reset() {
@@ -325,7 +338,6 @@ const Figures = (() => {
       const renderer = this._renderer;
       if (!renderer._drawing)
         return;
-      ++this.redraws;
       const zoom = this._map.getZoom();
       const scale = this._map.options.crs.scale(zoom) / WORLD;
       const origin = this._map.getPixelOrigin();
@@ -376,5 +388,5 @@ const Figures = (() => {
     },
   });
 
-  return Object.freeze({ KIND, kindOf, toWorld, fromWorld, make, Layer });
-})();
+  return Object.freeze({ KIND, kindOf, fromWorld, allFromWorld, make, Layer });
+})(window.L);

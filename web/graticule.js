@@ -4,7 +4,7 @@
  * Meridians and parallels under the figures, with their degrees at the edges.
  * They hide behind tiles and stand alone where there are none.
  */
-const Graticule = (() => {
+const Graticule = ((L) => {
   const STEPS = [
     0.0001, 0.0002, 0.0005, 0.001, 0.002, 0.005, 0.01, 0.02, 0.05, 0.1, 0.2, 0.5, 1, 2, 5, 10, 30,
   ]; // degrees
@@ -25,10 +25,10 @@ const Graticule = (() => {
   return L.Path.extend({
     options: { interactive: false },
 
-    /** @param {function(number, number): [number, number]} place WGS-84 degrees into the map's */
-    initialize(place, options) {
+    /** @param {function(number, number): function} placing as of a provider */
+    initialize(placing, options) {
       L.setOptions(this, options);
-      this._place = place;
+      this._placing = placing;
     },
 
     _reset() { this._project(); },
@@ -49,8 +49,11 @@ const Graticule = (() => {
       const east = Math.min(180, southEast.lng + step);
       const south = Math.max(-85, Math.floor(southEast.lat / step - 1) * step);
       const north = Math.min(85, northWest.lat + step);
+      // The middle of the view decides for all lines, as the start does for a figure.
+      const centre = map.getCenter();
+      const place = this._placing(centre.lng, centre.lat);
       const toPixel = (longitude, latitude) => {
-        const placed = this._place(longitude, latitude);
+        const placed = place(longitude, latitude);
         return map.latLngToLayerPoint([placed[1], placed[0]]);
       };
       const drawLine = (from, to) => {
@@ -69,13 +72,12 @@ const Graticule = (() => {
       context.font = LOOK.font;
       context.lineWidth = 1;
       const view = map.containerPointToLayerPoint([0, 0]);
-      const middle = map.getCenter().lat;
       const leftmost = map.containerPointToLatLng([0, 0]).lng;
       // Counted, not added up, so that no error gathers in the labels.
       for (let i = Math.ceil(west / step - 1e-9); i * step <= east; ++i) {
         drawLine([i * step, south], [i * step, north]);
         context.textBaseline = "top";
-        context.fillText(label(i * step, step, "E", "W"), toPixel(i * step, middle).x + 4, view.y + 4);
+        context.fillText(label(i * step, step, "E", "W"), toPixel(i * step, centre.lat).x + 4, view.y + 4);
       }
       for (let i = Math.ceil(south / step - 1e-9); i * step <= north; ++i) {
         drawLine([west, i * step], [east, i * step]);
@@ -85,4 +87,4 @@ const Graticule = (() => {
       context.restore();
     },
   });
-})();
+})(window.L);

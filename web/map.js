@@ -9,22 +9,25 @@
  * and moves the view once. The functions take whatever they are given: what
  * makes no sense is ignored.
  */
-const VelmoMap = (() => {
+const VelmoMap = ((L) => {
   const PAUSE = 40; // milliseconds without a script that end a burst
   const CLOSEST = 18; // zoom of the most that the providers have
-  const CLOSEST_BY_ITSELF = 17; // zoom of the most that the page chooses
+  const CLOSEST_TO_A_PLACE = 17; // zoom that leaves something to see around a single place
   const PADDING = 40; // pixels kept free around the figures
   const START = { centre: [35.5, 104], zoom: 4 }; // latitude, longitude: all of China
   const RETRY = 10000; // milliseconds until tiles are asked for again
+  const LET_GO = 50; // milliseconds in which the engine gives up a request
   const PATIENCE = 8000; // milliseconds without any tile after which they count as missing
 
   const TEXTS = {
     zh: {
       unreachable: "无法获取地图瓦片，请检查网络连接",
+      unreadable: "部分坐标无法读取，图形不完整",
       zoomIn: "放大", zoomOut: "缩小", metres: "米", kilometres: "公里",
     },
     en: {
       unreachable: "Map tiles cannot be reached. Check the network connection.",
+      unreadable: "Some coordinates cannot be read. A figure is not complete.",
       zoomIn: "Zoom in", zoomOut: "Zoom out", metres: "m", kilometres: "km",
     },
   };
@@ -57,7 +60,7 @@ const VelmoMap = (() => {
     maxBoundsViscosity: 0.5,
   });
   map.createPane("graticule").style.zIndex = 150; // below the tiles
-  new Graticule(provider.place, { renderer: L.canvas({ pane: "graticule", padding: 0.25 }) }).addTo(map);
+  new Graticule(provider.placing, { renderer: L.canvas({ pane: "graticule", padding: 0.25 }) }).addTo(map);
   const layer = new Figures.Layer({ renderer: L.canvas({ padding: 0.25 }) }).addTo(map);
 
   // Controls, in the language in force
@@ -91,16 +94,20 @@ const VelmoMap = (() => {
   // Tiles, and the line that says that they are missing
 
   let tileLayers = [];
+  const absentTiles = new Set(); // images asked for that have not come, in the order of asking
   let tilesMissing = false;
   let tilesCame = false; // since they were last asked for
   let retryTimer = 0;
   let patienceTimer = 0;
+  let unreadable = false; // some of what is drawn
 
   function showNote() {
-    const text = provider.needs ? provider.needs[language]
-      : tilesMissing ? TEXTS[language].unreachable : "";
-    note.textContent = text;
-    note.hidden = text === "";
+    const texts = TEXTS[language];
+    note.textContent = [
+      provider.needs ? provider.needs[language] : tilesMissing ? texts.unreachable : "",
+      unreadable ? texts.unreadable : "",
+    ].filter((line) => line !== "").join("\n");
+    note.hidden = note.textContent === "";
   }
 
   function setTilesMissing(missing) {
@@ -115,13 +122,39 @@ const VelmoMap = (() => {
     if (missing !== tilesMissing) {
       tilesMissing = missing;
       showNote();
+      if (!missing)
+        [...absentTiles].forEach(askAgain);
     }
   }
 
+  // Those on the screen are left alone. One that is still awaited must be let go
+  // first: the engine would only join the second wait to the first.
+  function askAgain(tile) {
+    absentTiles.delete(tile);
+    if (!tile.isConnected)
+      return;
+    absentTiles.add(tile);
+    const url = tile.src;
+    tile.removeAttribute("src");
+    setTimeout(() => {
+      if (tile.isConnected)
+        tile.src = url;
+    }, LET_GO);
+  }
+
+  /** Asks for one tile. When it comes, so do the others. */
   function retryTiles() {
+    clearTimeout(retryTimer);
     retryTimer = 0;
-    for (const one of tileLayers)
-      one.redraw();
+    if (!tilesMissing)
+      return;
+    retryTimer = setTimeout(retryTiles, RETRY);
+    tilesCame = false;
+    const tile = [...absentTiles].find((one) => one.isConnected);
+    if (tile !== undefined)
+      askAgain(tile);
+    else
+      setTilesMissing(false); // whatever was missing is out of view
   }
 
   function tilesAsked() {
@@ -130,7 +163,8 @@ const VelmoMap = (() => {
       patienceTimer = setTimeout(() => setTilesMissing(!tilesCame), PATIENCE);
   }
 
-  function tileCame() {
+  function tileCame({ tile }) {
+    absentTiles.delete(tile);
     tilesCame = true;
     setTilesMissing(false);
   }
@@ -147,8 +181,10 @@ const VelmoMap = (() => {
     tileLayers = provider.layers(language).map((url) =>
       L.tileLayer(url, { subdomains: provider.subdomains, maxZoom: CLOSEST })
         .on("loading", tilesAsked)
+        .on("tileloadstart", ({ tile }) => absentTiles.add(tile))
         .on("tileload", tileCame)
         .on("tileerror", tileFailed)
+        .on("tileunload", ({ tile }) => absentTiles.delete(tile))
         .addTo(map));
   }
 
@@ -161,6 +197,20 @@ const VelmoMap = (() => {
   let burstTimer = 0;
   let lastScript = 0;
   let viewWanted = false;
+  let moves = 0; // of the view
+  map.on("moveend", () => ++moves);
+
+  // A packet that is no script, as one with a number such as 045.7, is lost, and
+  // the figure joins what lies around it. All that can be done is to say so.
+  window.addEventListener("error", () => {
+    if (packets.size > 0)
+      setUnreadable(true);
+  });
+
+  function setUnreadable(some) {
+    unreadable = some;
+    showNote();
+  }
 
   function scriptCame() {
     lastScript = performance.now();
@@ -192,8 +242,9 @@ const VelmoMap = (() => {
       box.south = Math.max(box.south, figure.box.south);
     }
     const corner = (x, y) => Figures.fromWorld(x, y).reverse();
+    const extended = box.west < box.east || box.north < box.south;
     map.fitBounds([corner(box.west, box.south), corner(box.east, box.north)],
-      { padding: [PADDING, PADDING], maxZoom: CLOSEST_BY_ITSELF, animate: false });
+      { padding: [PADDING, PADDING], maxZoom: extended ? CLOSEST : CLOSEST_TO_A_PLACE, animate: false });
   }
 
   /** Removes every drawn figure, and what was begun and not finished. */
@@ -201,6 +252,7 @@ const VelmoMap = (() => {
     packets.clear();
     figures.clear();
     viewWanted = false;
+    setUnreadable(false);
     scriptCame();
   }
 
@@ -264,7 +316,7 @@ const VelmoMap = (() => {
     if (packet === undefined)
       return;
     packets.delete(String(id));
-    const figure = Figures.make(String(id), packet.kind, packet.chunks, provider.place);
+    const figure = Figures.make(String(id), packet.kind, packet.chunks, provider.placing);
     if (figure !== null) {
       figures.set(figure.id, figure);
       viewWanted = true;
@@ -278,7 +330,7 @@ const VelmoMap = (() => {
    * @param {...number} numbers longitude, latitude, longitude, ... in degrees, WGS-84
    */
   function deleteDrawnPolygons(kind, ...numbers) {
-    const wanted = Figures.make("", Figures.kindOf(kind), [numbers], provider.place);
+    const wanted = Figures.make("", Figures.kindOf(kind), [numbers], provider.placing);
     if (wanted === null)
       return;
     for (const [id, figure] of figures) {
@@ -305,8 +357,26 @@ const VelmoMap = (() => {
 
   speak();
 
-  return Object.freeze({ map, layer, figures, packets, provider });
-})();
+  // To look at the page from outside: copies, and moves of the view.
+  return Object.freeze({
+    provider,
+    figures: () => [...figures.values()].map(({ id, kind, measured, world }) =>
+      ({ id, kind, measured: [...measured], placed: Figures.allFromWorld(world) })),
+    drawn: () => layer.drawn(),
+    waiting: () => packets.size,
+    zoom: () => map.getZoom(),
+    moves: () => moves,
+    pixelOf: (longitude, latitude) => {
+      const { x, y } = map.latLngToContainerPoint([latitude, longitude]);
+      return [x, y];
+    },
+    show: (longitude, latitude, zoom) => void map.setView([latitude, longitude], zoom, { animate: false }),
+    zoomTo: (zoom) => void map.setZoom(zoom, { animate: false }),
+    pan: (x, y) => void map.panBy([x, y], { animate: false }),
+  });
+})(window.L);
+// Nothing but the map has to do with what draws it.
+delete window.L;
 
 if (typeof qt !== "undefined")
   new QWebChannel(qt.webChannelTransport, (channel) => { window.bridge = channel.objects.bridge_name; });

@@ -5,15 +5,17 @@
  *
  * `layers` gives the tile addresses for a language ("zh" or "en"), the lowest
  * layer first; none means that there is nothing to ask the provider for.
- * `place` turns WGS-84 longitude and latitude in degrees into those of the
- * provider's tiles.
+ * `placing` gives, for a figure that begins at a WGS-84 longitude and latitude,
+ * the function that turns each of its points into the system of the provider's
+ * tiles, all in degrees. The start decides for the whole figure, so that one
+ * across the border is not torn by the hundreds of metres of the shift.
  */
 const Providers = (() => {
-  const in_china_shifted = (longitude, latitude) =>
-    Gcj02.applies(longitude, latitude) ? Gcj02.shifted(longitude, latitude) : [longitude, latitude];
-
-  // CGCS2000 and WGS-84 differ by centimetres.
+  // CGCS2000, of the one provider, and WGS-84 differ by centimetres.
   const as_measured = (longitude, latitude) => [longitude, latitude];
+  const never_shifted = () => as_measured;
+  const shifted_in_mainland = (longitude, latitude) =>
+    Mainland.has(longitude, latitude) ? Gcj02.shifted : as_measured;
 
   const tianditu_key = typeof TIANDITU_KEY === "string" ? TIANDITU_KEY.trim() : "";
   const tianditu_layer = (name) =>
@@ -21,15 +23,16 @@ const Providers = (() => {
     `&LAYER=${name}&STYLE=default&TILEMATRIXSET=w&FORMAT=tiles` +
     `&TILEMATRIX={z}&TILEROW={y}&TILECOL={x}&tk=${encodeURIComponent(tianditu_key)}`;
 
-  return Object.freeze({
+  const providers = {
     gaode: {
       title: { zh: "高德地图", en: "Gaode Map" },
       attribution: { zh: "© 高德地图", en: "© Gaode (AutoNavi)" },
-      layers: () => [
-        "https://webrd0{s}.is.autonavi.com/appmaptile?lang=zh_cn&size=1&scale=1&style=8&x={x}&y={y}&z={z}",
+      layers: (language) => [
+        `https://webrd0{s}.is.autonavi.com/appmaptile?lang=${language === "zh" ? "zh_cn" : "en"}` +
+        "&size=1&scale=1&style=8&x={x}&y={y}&z={z}",
       ],
       subdomains: "1234",
-      place: in_china_shifted,
+      placing: shifted_in_mainland,
     },
     google: {
       title: { zh: "谷歌地图", en: "Google Map" },
@@ -38,7 +41,7 @@ const Providers = (() => {
         `https://mt{s}.google.com/vt/lyrs=m&hl=${language === "zh" ? "zh-CN" : "en"}&gl=cn&x={x}&y={y}&z={z}`,
       ],
       subdomains: "0123",
-      place: in_china_shifted,
+      placing: shifted_in_mainland,
     },
     tianditu: {
       title: { zh: "天地图", en: "Sky Map" },
@@ -50,7 +53,10 @@ const Providers = (() => {
         en: "Sky Map needs a key in tianditu_key.js",
       },
       subdomains: "01234567",
-      place: as_measured,
+      placing: never_shifted,
     },
-  });
+  };
+  for (const provider of Object.values(providers))
+    Object.freeze(provider);
+  return Object.freeze(providers);
 })();

@@ -1,10 +1,14 @@
 // The window with all that it is joined to, without a device: rectangles,
 // resizing, languages, boxes, tables, ticks and edits, driven by events.
 
+#include "coordinates/json_file_manager.h"
+#include "coordinates/zuobiao_form_homepage.h"
 #include "core/application.h"
 #include "core/main_window.h"
 #include "core/main_window_form.h"
 #include "core/thread_key.h"
+#include "exchange/input_window.h"
+#include "exchange/output_window.h"
 #include "presentation/graphic_widget.h"
 #include "support/box_watcher.h"
 #include "support/log_capture.h"
@@ -13,12 +17,14 @@
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFile>
 #include <QFrame>
 #include <QGroupBox>
 #include <QHeaderView>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -92,9 +98,13 @@ private slots:
     void close_asks_first();
     void menus_stand_as_designed();
     void help_boxes();
-    void missing_features_say_so_data();
-    void missing_features_say_so();
+    void coordinate_settings_open_and_come_back();
+    void coordinate_settings_end_before_they_open_again();
     void buttons_emit_their_signals();
+    void export_dialog_gets_what_is_shown();
+    void export_dialog_is_joined_to_the_hub();
+    void import_dialog_follows_the_language();
+    void import_dialog_is_joined_to_the_window();
 
     void first_delivery_stays_when_the_second_comes();
     void shorter_lists_are_taken_as_far_as_all_go();
@@ -796,16 +806,6 @@ void test_main_window::menus_stand_as_designed()
     box_watcher watcher;
     m_ui->action_small_mu->trigger(); // connected to nothing
     QCOMPARE(watcher.boxes.size(), 0);
-    const std::pair<QAction*, QString> same_as_button[] = {{m_ui->action_export_graphics, "打印"},
-                                                           {m_ui->action_export, "导出数据"},
-                                                           {m_ui->action_coordinate, "坐标设置"},
-                                                           {m_ui->action_software, "软件更新"}};
-    for (const auto& [action, title] : same_as_button) {
-        watcher.boxes.clear();
-        action->trigger();
-        QCOMPARE(watcher.boxes.size(), 1);
-        QCOMPARE(watcher.boxes[0].title, title);
-    }
     QSignalSpy banner(m_window, &MainWindow::send_btm_sign_to_threadkey_marlund);
     QDesktopServices::setUrlHandler("https", this, "swallow_url");
     m_ui->marlund->click();
@@ -897,24 +897,51 @@ void test_main_window::help_boxes()
         QCOMPARE(box.buttons, QMessageBox::Ok);
 }
 
-void test_main_window::missing_features_say_so_data()
+void test_main_window::coordinate_settings_open_and_come_back()
 {
-    QTest::addColumn<QString>("object");
-    for (const char* name : {"data_to_device", "data_output_file", "data_input_file", "print",
-                             "softwareupgrade", "hardwareupgrade"})
-        QTest::newRow(name) << QString(name);
+    choose_english();
+    m_window->setmodeflag(4, m_window->js, 2);
+    const log_capture log;
+    QSignalSpy filled(m_window, &MainWindow::zuobiaochanged);
+    m_ui->action_coordinate->trigger();
+    zuobiaoForm_homepage* form = m_window->coordinate_form;
+    QVERIFY(form != nullptr);
+    QCOMPARE(QApplication::activeModalWidget(), form);
+    QCOMPARE(form->windowModality(), Qt::ApplicationModal);
+    QCOMPARE(form->windowTitle(), QStringLiteral("Coordinate Setting"));
+    QVERIFY(log.has("!!!!! 4 2"));
+    QCOMPARE(filled.size(), 1);
+    QCOMPARE(filled[0][0].toInt(), 4);
+    QCOMPARE(filled[0][1].value<JsonFileManager*>(), m_window->js);
+    QCOMPARE(filled[0][2].toInt(), 2);
+    QCOMPARE(filled[0][3].toInt(), 1);
+    auto* systems = form->findChild<QComboBox*>("comboBox_3");
+    QCOMPARE(systems->currentIndex(), 2);
+
+    systems->setCurrentIndex(1);
+    form->findChild<QComboBox*>("comboBox")->setCurrentIndex(0);
+    form->findChild<QPushButton*>("pushButton")->click();
+    QVERIFY(!form->isVisible());
+    QCOMPARE(m_window->mode_flag, 1);
+    QCOMPARE(m_window->sys_index, 1);
+    m_window->setmodeflag(0, m_window->js, 0);
 }
 
-void test_main_window::missing_features_say_so()
+void test_main_window::coordinate_settings_end_before_they_open_again()
 {
-    QFETCH(QString, object);
-    box_watcher watcher;
-    auto* button = m_window->findChild<QPushButton*>(object);
-    QVERIFY(button->toolTip().contains("尚未提供"));
-    button->click();
-    QCOMPARE(watcher.boxes.size(), 1);
-    QCOMPARE(watcher.boxes[0].title, button->accessibleName());
-    QCOMPARE(watcher.boxes[0].text, QStringLiteral("此功能尚未提供，将随后续版本加入。"));
+    m_ui->action_coordinate->trigger();
+    const QPointer<zuobiaoForm_homepage> first = m_window->coordinate_form;
+    QVERIFY(first != nullptr);
+    {
+        const log_capture log;
+        m_window->show_coordinate_settings();
+        QVERIFY(first.isNull());
+        QVERIFY(log.has("坐标窗口已销毁"));
+    }
+    QVERIFY(m_window->coordinate_form != nullptr);
+    QVERIFY(m_window->coordinate_form->isVisible());
+    delete m_window->coordinate_form;
+    QCOMPARE(m_window->coordinate_form, nullptr);
 }
 
 void test_main_window::buttons_emit_their_signals()
@@ -934,11 +961,14 @@ void test_main_window::buttons_emit_their_signals()
 
     box_watcher watcher;
     QSignalSpy upload(m_window, &MainWindow::send_btm_sign_to_threadkey_device);
-    const log_capture log;
     m_ui->data_to_device->click();
     QCOMPARE(upload.size(), 1);
     QCOMPARE(upload[0][0].value<QStandardItemModel*>(), m_window->model);
-    QVERIFY(log.has("upload to the instrument is not there yet"));
+    QCOMPARE(upload[0][1].value<QList<measuringData>>(), m_window->table_list);
+    QCOMPARE(upload[0][2].toStringList(), m_window->data_msg_altitude);
+    // Nothing is connected here, which the upload says and nobody else.
+    QCOMPARE(watcher.texts(), QStringList{"串口未连接"});
+    QVERIFY(!m_ui->data_to_device->toolTip().contains("尚未提供"));
 
     QSignalSpy imported(m_window, &MainWindow::send_btm_sign_to_threadkey_import_file);
     m_window->setmodeflag(4, m_window->js, 2);
@@ -948,6 +978,127 @@ void test_main_window::buttons_emit_their_signals()
     QCOMPARE(imported[0][0].toString(), QStringLiteral("/tmp/field.kml"));
     QCOMPARE(imported[0][1].toInt(), 4);
     QCOMPARE(imported[0][3].toInt(), 2);
+}
+
+// Dialogs
+
+void test_main_window::export_dialog_gets_what_is_shown()
+{
+    deliver(sample_lists::one_of_each());
+    m_window->setmodeflag(3, m_window->js, 1);
+    const auto opened = [this] {
+        const auto dialogs = m_window->findChildren<outputWindow*>();
+        return dialogs.size() == 1 ? dialogs[0] : nullptr;
+    };
+    for (const bool english : {false, true}) {
+        if (english)
+            choose_english();
+        m_ui->pushButton_graph->click();
+        if (english)
+            m_ui->action_export->trigger();
+        else
+            m_ui->data_output_file->click();
+        QPointer<outputWindow> dialog = opened();
+        QVERIFY(dialog != nullptr);
+        QVERIFY(dialog->isVisible());
+        QCOMPARE(dialog->windowModality(), Qt::ApplicationModal);
+        QCOMPARE(dialog->pos() + dialog->rect().center(), m_window->geometry().center());
+        QCOMPARE(dialog->windowTitle(), english ? QStringLiteral("Export As") : "导出为");
+        QCOMPARE(dialog->language, english ? 1 : 0);
+        QCOMPARE(dialog->findChild<QComboBox*>("export_format")->count(), 9);
+        QCOMPARE(dialog->parentView, m_ui->map);
+        QCOMPARE(dialog->parentwidget, m_ui->widget_graphic);
+        QCOMPARE(dialog->picture_flag, 0);
+        QCOMPARE(dialog->model.data(), m_window->model);
+        QCOMPARE(dialog->js, m_window->js);
+        QCOMPARE(dialog->table_list, m_window->table_list);
+        QCOMPARE(dialog->data_msg_altitude, m_window->data_msg_altitude);
+        QCOMPARE(dialog->point_msg_all, m_window->point_msg_all);
+        QCOMPARE(dialog->mode, 3);
+        QCOMPARE(dialog->sys_index, 1);
+        QCOMPARE(dialog->system_name, m_window->js->systems[1].name);
+        QCOMPARE(dialog->cz, m_window->js->systems[1].changzhou);
+        // The next one is another; this one ends when it is closed.
+        dialog->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(dialog == nullptr);
+    }
+    m_window->setmodeflag(0, m_window->js, 0);
+}
+
+void test_main_window::export_dialog_is_joined_to_the_hub()
+{
+    m_ui->data_output_file->click();
+    auto* dialog = m_window->findChild<outputWindow*>();
+    QVERIFY(dialog != nullptr);
+    using out = outputWindow;
+    const auto expect = [&](auto signal, int command) {
+        const QSignalSpy sent(m_objects.key, &thread_key::send_cmd_to_file_export_thread);
+        emit(dialog->*signal)("/tmp/none", 3, 1.0, 2.0, 0.5, {}, nullptr, {}, {}, {});
+        QCOMPARE(sent.size(), 1);
+        QCOMPARE(sent[0][0].toInt(), command);
+    };
+    box_watcher watcher; // nothing is ticked
+    expect(&out::send_btm_sign_to_threadkey_kml, 1);
+    expect(&out::send_btm_sign_to_threadkey_one_csv, 3);
+    expect(&out::send_btm_sign_to_threadkey_more_csv, 4);
+    expect(&out::send_btm_sign_to_threadkey_one_dxf, 5);
+    expect(&out::send_btm_sign_to_threadkey_more_dxf, 6);
+    expect(&out::send_btm_sign_to_threadkey_one_gpx, 7);
+    expect(&out::send_btm_sign_to_threadkey_more_gpx, 8);
+    QCOMPARE(watcher.texts(), QStringList(7, "未勾选数据"));
+    const QSignalSpy sent(m_objects.key, &thread_key::send_cmd_to_file_export_thread);
+    const QSignalSpy flags(m_objects.key, &thread_key::send_cmd_to_file_export_thread_check_flag);
+    emit dialog->send_btm_sign_to_threadkey_excel({1}, "/tmp/none", 3, 1.0, 2.0, 0.5, {}, nullptr,
+                                                  {}, {}, {}, "system");
+    QCOMPARE(sent.size(), 1);
+    QCOMPARE(sent[0][0].toInt(), 9);
+    QCOMPARE(flags.size(), 1);
+    const QSignalSpy picture(m_objects.key, &thread_key::send_cmd_to_picture_export_thread);
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("drawing.png");
+    emit dialog->send_btm_sign_to_threadkey_picture(path, m_ui->map, m_ui->widget_graphic, 0);
+    QCOMPARE(picture.size(), 1);
+    QCOMPARE(watcher.texts().constLast(), QStringLiteral("图片文件导出成功"));
+    QCOMPARE(QImage(path).size(), m_ui->widget_graphic->size());
+    dialog->close();
+}
+
+void test_main_window::import_dialog_follows_the_language()
+{
+    m_ui->data_input_file->click();
+    QPointer<input_window> dialog = m_window->findChild<input_window*>();
+    QVERIFY(dialog != nullptr);
+    QVERIFY(dialog->isVisible());
+    QCOMPARE(dialog->windowModality(), Qt::NonModal);
+    const auto* button = dialog->findChild<QPushButton*>("pushButton_2");
+    QCOMPARE(button->text(), QStringLiteral("导入文件"));
+    // Not modal: the language can change behind it, and the next dialog tells it.
+    choose_english();
+    QCOMPARE(button->text(), QStringLiteral("导入文件"));
+    m_ui->data_input_file->click();
+    QCOMPARE(button->text(), QStringLiteral("Importing files"));
+    for (input_window* one : m_window->findChildren<input_window*>())
+        one->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(dialog == nullptr);
+}
+
+void test_main_window::import_dialog_is_joined_to_the_window()
+{
+    m_window->setmodeflag(4, m_window->js, 2);
+    const QSignalSpy asked(m_objects.key, &thread_key::send_cmd_to_file_import_thread);
+    m_ui->data_input_file->click();
+    auto* dialog = m_window->findChild<input_window*>();
+    emit dialog->send_btm_sign_to_mainwindow_import_file({});
+    dialog->close();
+    m_window->setmodeflag(0, m_window->js, 0);
+    // Even a cancelled choice goes all the way.
+    QCOMPARE(asked.size(), 1);
+    QCOMPARE(asked[0][0].toString(), QString());
+    QCOMPARE(asked[0][1].toInt(), 4);
+    QCOMPARE(asked[0][2].value<JsonFileManager*>(), m_window->js);
+    QCOMPARE(asked[0][3].toInt(), 2);
 }
 
 // Tables

@@ -4,19 +4,28 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <fcntl.h>
+#include <netinet/in.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/socket.h>
 #include <termios.h>
 #include <unistd.h>
 
 namespace {
 
-/// Takes one request off the front of `bytes`: the text command, or a host frame
-/// of a read.
+/// Takes one request off the front of `bytes`: the text command, a host frame, or
+/// all that is neither.
 QByteArray take_request(QByteArray& bytes)
 {
-    const qsizetype size = bytes.startsWith('~') ? 3 : 11;
+    qsizetype size = bytes.size();
+    if (bytes.startsWith('~')) {
+        size = 3;
+    } else if (bytes.startsWith('Z')) {
+        const auto byte = [&bytes](qsizetype at) { return static_cast<unsigned char>(bytes[at]); };
+        size = bytes.size() < 6 ? 7 : byte(4) * 256 + byte(5) + 7;
+    }
     if (bytes.size() < size)
         return {};
     const QByteArray request = bytes.left(size);
@@ -26,23 +35,66 @@ QByteArray take_request(QByteArray& bytes)
 
 } // namespace
 
-scripted_instrument::scripted_instrument(script answer) : m_answer(std::move(answer))
+scripted_instrument::scripted_instrument(script answer, line kind) : m_answer(std::move(answer))
+{
+    if (kind == line::terminal)
+        open_terminal();
+    else
+        open_tcp();
+    m_thread = std::thread([this] {
+        if (accept_program())
+            play();
+    });
+}
+
+void scripted_instrument::open_terminal()
 {
     termios raw{};
     cfmakeraw(&raw);
     cfsetspeed(&raw, B115200);
     std::array<char, 128> name{};
-    if (openpty(&m_instrument_end, &m_program_end, name.data(), &raw, nullptr) != 0)
+    int instrument_end = -1;
+    if (openpty(&instrument_end, &m_program_end, name.data(), &raw, nullptr) != 0)
         qFatal("no pseudo-terminal");
-    fcntl(m_instrument_end, F_SETFL, O_NONBLOCK);
+    fcntl(instrument_end, F_SETFL, O_NONBLOCK);
+    m_instrument_end = instrument_end;
     m_path = QString::fromLocal8Bit(name.data());
-    m_thread = std::thread([this] { play(); });
+}
+
+void scripted_instrument::open_tcp()
+{
+    m_listening = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    if (bind(m_listening, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
+        listen(m_listening, 1) != 0 ||
+        getsockname(m_listening, reinterpret_cast<sockaddr*>(&address), &size) != 0)
+        qFatal("no socket");
+    m_tcp_port = ntohs(address.sin_port);
+}
+
+bool scripted_instrument::accept_program()
+{
+    while (m_instrument_end < 0 && !m_stop) {
+        pollfd waiting{m_listening, POLLIN, 0};
+        if (poll(&waiting, 1, 10) <= 0)
+            continue;
+        const int accepted = accept(m_listening, nullptr, nullptr);
+        fcntl(accepted, F_SETFL, O_NONBLOCK);
+        m_instrument_end = accepted;
+    }
+    return !m_stop;
 }
 
 scripted_instrument::~scripted_instrument()
 {
     vanish();
-    close(m_program_end);
+    for (const int descriptor : {m_program_end, m_listening}) {
+        if (descriptor >= 0)
+            close(descriptor);
+    }
 }
 
 void scripted_instrument::vanish()
@@ -64,7 +116,8 @@ QList<scripted_instrument::request> scripted_instrument::requests() const
 int scripted_instrument::baud() const
 {
     termios settings{};
-    tcgetattr(m_instrument_end, &settings);
+    if (tcgetattr(m_instrument_end, &settings) != 0)
+        return 0;
     switch (cfgetospeed(&settings)) {
     case B9600: return 9600;
     case B115200: return 115200;
@@ -96,10 +149,13 @@ void scripted_instrument::play()
         pollfd readable{m_instrument_end, POLLIN, 0};
         if (poll(&readable, 1, 10) <= 0)
             continue;
-        std::array<char, 256> bytes{};
+        std::array<char, 4096> bytes{};
         const ssize_t size = read(m_instrument_end, bytes.data(), bytes.size());
-        if (size <= 0)
+        if (size <= 0) {
+            // A line without a program reads as ended, again and again.
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
             continue;
+        }
         unread.append(bytes.data(), size);
         for (QByteArray taken = take_request(unread); !taken.isEmpty();
              taken = take_request(unread)) {

@@ -47,6 +47,8 @@ private slots:
 
     void degrees_data();
     void degrees();
+    void patterns_data();
+    void patterns();
     void short_kinds_data();
     void short_kinds();
     void short_record();
@@ -80,6 +82,7 @@ private slots:
     void a_total_of_zero();
     void a_total_in_less_than_four_characters();
     void line_ends_before_the_stream();
+    void a_stream_cut_in_two();
     void repeating_a_read_adds_nothing();
 
 private:
@@ -152,6 +155,65 @@ void test_text_records::degrees()
     QFETCH(QString, text);
     QFETCH(QString, degrees);
     QCOMPARE(QString::number(text_records::parse_dms(text), 'f', 12), degrees);
+}
+
+void test_text_records::patterns_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("record_pattern");
+    QTest::addColumn<QString>("point_pattern");
+    const char* const short_form =
+        R"re(([+-])?(\d+d\d+'\d+.\d+"),([+-])?(\d+d\d+'\d+.\d+")(,(\d+))?;)re";
+    const char* const long_form =
+        R"re(([+-])?(\d+d\d+'\d+.\d+"),([+-])?(\d+d\d+'\d+.\d+")(,(\d+))?,hdop(\d+),speed(\d+),angle(\d+),t(\d{8})(\d{4,6});)re";
+    const auto row = [](const char* name, const char* text, const char* record, const char* point) {
+        QTest::newRow(name) << QString(text) << QString(record) << QString(point);
+    };
+    row("area", "n1,m1,l2;t1,N1,1d",
+        R"re((?:\r\n)?n(\d+),m(\d+),l(\d+);t(\d{8})(\d{4,6}),N(\d+))re", short_form);
+    row("area, long", "n1,m1,l2;t1,N1,time1",
+        R"re((?:\r\n)?n(\d+),m(\d+),l(\d+);t(\d{8})(\d{4,6}),N(\d+),time(\d+),t(\d{8})(\d{4,6}),id(\d{8}),mode(\d+),md(\d+),jd(\d+),hd(\d+),slope(\d+),width(\d+),price(\d+),total(\d+))re",
+        long_form);
+    row("distance", "n1,l1,m2;t1,N1,1d",
+        R"re((?:\r\n)?n(\d+),l(\d+),m(\d+);t(\d{8})(\d{4,6}),N(\d+))re", short_form);
+    row("distance, long", "n1,l1,m2;t1,N1,time1",
+        R"re((?:\r\n)?n(\d+),l(\d+),m(\d+);t(\d{8})(\d{4,6}),N(\d+),time(\d+),t(\d{8})(\d{4,6}),id(\d{8}),mode(\d+),jd(\d+),hd(\d+),zj(\d+),price(\d+),total(\d+))re",
+        long_form);
+    row("waypoint", "n1,p1,p2;t1,N1,1d",
+        R"re((?:\r\n)?n(\d+),p(\d+),p(\d+);t(\d{8})(\d{4,6}),N(\d+))re", short_form);
+    row("waypoint, long", "n1,p1,p2;t1,N1,time1",
+        R"re((?:\r\n)?n(\d+),p(\d+),p(\d+);t(\d{8})(\d{4,6}),N(\d+),time(\d+),id(\d{8}),sd(\d+),h(\d+))re",
+        long_form);
+    row("route", "n1,e1,m2;t1,N1,1d",
+        R"re((?:\r\n)?n(\d+),e(\d+),m(\d+);t(\d{8})(\d{4,6}),N(\d+))re", short_form);
+    row("route, long", "n1,e1,m2;t1,N1,time1",
+        R"re((?:\r\n)?n(\d+),e(\d+),m(\d+);t(\d{8})(\d{4,6}),N(\d+),time(\d+),id(\d{8}),jd(\d+))re",
+        long_form);
+    row("track", "n1,k1,l2;t1,N1,1d",
+        R"re((?:\r\n)?n(\d+),k(\d+),l(\d+);t(\d{8})(\d{4,6}),N(\d+))re", short_form);
+    row("track, long", "n1,k1,l2;t1,N1,time1",
+        R"re((?:\r\n)?n(\d+),k(\d+),l(\d+);t(\d{8})(\d{4,6}),N(\d+),time(\d+),t(\d{8})(\d{4,6}),id(\d{8}),jd(\d+))re",
+        long_form);
+    row("staking-out", "n1,f1,l2;t1,N1,time1",
+        R"re((?:\r\n)?n(\d+),f(\d+),l(\d+);t(\d{8})(\d{4,6}),N(\d+),time(\d+),id(\d{8}),jd(\d+))re",
+        long_form);
+    row("staking-out, short", "n1,f1,l2;t1,N1,1d",
+        R"re((?:\r\n)?n(\d+),f(\d+),l(\d+);t(\d{8})(\d{4,6}),N(\d+),time(\d+),id(\d{8}),jd(\d+))re",
+        long_form);
+}
+
+/// To the letter, and compiled once for the process.
+void test_text_records::patterns()
+{
+    QFETCH(QString, text);
+    const auto recognised = text_records::recognise(text);
+    QVERIFY(recognised.has_value());
+    QTEST(recognised->record_pattern.pattern(), "record_pattern");
+    QTEST(recognised->point_pattern.pattern(), "point_pattern");
+    QVERIFY(recognised->record_pattern.isValid() && recognised->point_pattern.isValid());
+    const auto again = text_records::recognise(text);
+    QCOMPARE(&again->record_pattern, &recognised->record_pattern);
+    QCOMPARE(&again->point_pattern, &recognised->point_pattern);
 }
 
 void test_text_records::short_kinds_data()
@@ -595,6 +657,34 @@ void test_text_records::line_ends_before_the_stream()
     reader->recv_cmd_from_key(0, {}, {}, {}, {});
     run_loop("\r\n\r\n\r\n" + record);
     QVERIFY(reader->table_list.isEmpty());
+}
+
+/// At places all over it: within numbers, words, points and line ends.
+void test_text_records::a_stream_cut_in_two()
+{
+    const QByteArray stream =
+        ("\r\n" + QString(short_area).replace("N0001", "N0002") + short_point + "!\r\n" +
+         QString(long_track).replace("N0001", "N0002") + long_point + "!")
+            .toUtf8();
+    run_loop(stream);
+    const QList<measuringData> records = reader->table_list;
+    const QStringList plain = reader->data_msg;
+    const QStringList lines = reader->data_msg_altitude;
+    const QList<QList<point_msg>> points = reader->point_msg_all;
+    QCOMPARE(records.size(), 2);
+
+    constexpr qsizetype step = 11;
+    for (qsizetype at = 1; at < stream.size(); at += step) {
+        reader->recv_cmd_from_key(0, {}, {}, {}, {});
+        run_loop(stream.left(at));
+        QVERIFY(reader->table_list.isEmpty());
+        run_loop(stream.mid(at));
+        QVERIFY(reader->table_list == records);
+        QCOMPARE(reader->data_msg, plain);
+        QCOMPARE(reader->data_msg_altitude, lines);
+        QVERIFY(reader->point_msg_all == points);
+        QVERIFY(reader->text_buffer.isEmpty());
+    }
 }
 
 void test_text_records::repeating_a_read_adds_nothing()

@@ -39,6 +39,7 @@ private slots:
     void answers_data();
     void answers();
     void all_kinds_have_a_row();
+    void statuses_of_uploads();
     void too_many_points();
     void more_points_than_remain();
     void noise_holds_no_header_and_is_the_same_each_time();
@@ -233,8 +234,26 @@ void test_faults::all_kinds_have_a_row()
     for (const fault_kind& kind : fault_kinds())
         kinds.insert(QString::fromLatin1(kind.name));
     // These have functions of their own below.
-    tested_kinds |= QSet<QString>{"noise", "split", "delay", "points-in-frame", "extra-points"};
+    tested_kinds |=
+        QSet<QString>{"noise",        "split",       "delay",         "points-in-frame",
+                      "extra-points", "item-status", "points-status", "upload-probe-status"};
     QCOMPARE(kinds - tested_kinds, QSet<QString>());
+}
+
+/// Each in the answer to its own command alone.
+void test_faults::statuses_of_uploads()
+{
+    const QMap<QString, std::uint8_t> commands{{"upload-probe-status", frame::upload_probe},
+                                               {"item-status", frame::upload_item},
+                                               {"points-status", frame::upload_points}};
+    for (auto fault = commands.cbegin(); fault != commands.cend(); ++fault) {
+        for (const std::uint8_t answered : commands) {
+            frame_draft draft{.command = frame::reply,
+                              .data = reply_data({}, answered, status_done)};
+            apply(parsed({fault.key() + "=77"}), draft);
+            QCOMPARE(int{draft.data[5]}, answered == fault.value() ? 77 : 0);
+        }
+    }
 }
 
 void test_faults::too_many_points()

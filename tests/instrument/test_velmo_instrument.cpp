@@ -1,9 +1,12 @@
 #include "device/frame.h"
 #include "support/adb_server.h"
 #include "support/instrument_process.h"
+#include "updates/ymodem.h"
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -123,6 +126,8 @@ private slots:
     void a_taken_port();
     void list();
     void a_read_over_the_pseudo_terminal();
+    void an_upgrade_over_the_pseudo_terminal_data();
+    void an_upgrade_over_the_pseudo_terminal();
     void it_ends_on_a_signal_and_takes_its_link_along();
     void a_read_through_adb();
     void a_server_that_starts_later_and_again();
@@ -156,6 +161,9 @@ void test_velmo_instrument::wrong_command_lines_data()
                            << QByteArray("a serial port has no speed of 12345 baud");
     QTest::newRow("token") << strings{"--pty", "--token", "1234"}
                            << QByteArray("--token takes eight hexadecimal digits");
+    QTest::newRow("block") << strings{"--pty", "--refuse-block", "0"}
+                           << QByteArray(
+                                  "--refuse-block takes a number from 1 to 65535, not \"0\"");
     QTest::newRow("log") << strings{"--pty", "--log", "/nowhere/log"}
                          << QByteArray("cannot write /nowhere/log: No such file or directory");
 }
@@ -209,6 +217,64 @@ void test_velmo_instrument::a_read_over_the_pseudo_terminal()
     QCOMPARE(read_memory(port), printed_memory());
     port.close();
     QCOMPARE(device.stop(), 0);
+}
+
+void test_velmo_instrument::an_upgrade_over_the_pseudo_terminal_data()
+{
+    QTest::addColumn<QStringList>("spoken");
+    QTest::newRow("frames") << QStringList();
+    QTest::newRow("text") << QStringList{"--text", "short"};
+}
+
+void test_velmo_instrument::an_upgrade_over_the_pseudo_terminal()
+{
+    QFETCH(QStringList, spoken);
+    const QTemporaryDir folder;
+    const QString kept = folder.filePath("firmware");
+    instrument_process device;
+    QVERIFY(device.start(QStringList{"--pty", "--keep-firmware", kept, "--refuse-block", "2",
+                                     "--firmware-version", "G7", "--version-without-zero"} +
+                         spoken));
+    QSerialPort port(device.serial_path());
+    port.setBaudRate(115200);
+    QVERIFY(port.open(QIODevice::ReadWrite));
+    port.write("version");
+    QByteArray version;
+    while (version.size() < 2 && port.waitForReadyRead(patience))
+        version += port.readAll();
+    QCOMPARE(version, QByteArray("G7"));
+
+    const QByteArray image(3000, 'f');
+    ymodem::sender from(QStringLiteral("new.bin"), image);
+    ymodem::sender::step step;
+    int sent = 0;
+    port.write("iapstart");
+    while (step.goes_on) {
+        char byte = 0;
+        QVERIFY(port.bytesAvailable() > 0 || port.waitForReadyRead(patience));
+        QCOMPARE(port.read(&byte, 1), 1);
+        step = from.take(byte);
+        sent += step.send.isEmpty() ? 0 : 1;
+        port.write(step.send);
+    }
+    QCOMPARE(step.what, ymodem::sender::event::finished);
+    QCOMPARE(sent, 1 + 3 + 1 + 2 + 1); // one block was refused
+    QTRY_VERIFY(device.output().contains(
+        "firmware: \"new.bin\", 3000 bytes, SHA-256 " +
+        QCryptographicHash::hash(image, QCryptographicHash::Sha256).toHex()));
+    QFile file(kept);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), image);
+    // And the memory can still be read.
+    if (spoken.isEmpty()) {
+        QCOMPARE(read_memory(port), printed_memory());
+        return;
+    }
+    port.write("~\r\n");
+    QByteArray text;
+    while (text.count('!') < 17 && port.waitForReadyRead(patience))
+        text += port.readAll();
+    QCOMPARE(text.count('!'), 17);
 }
 
 void test_velmo_instrument::it_ends_on_a_signal_and_takes_its_link_along()

@@ -2,6 +2,8 @@
 #include "presentation/graphic_widget.h"
 
 #include <QImage>
+#include <QPainter>
+#include <QPicture>
 #include <QRandomGenerator>
 #include <QTest>
 
@@ -105,6 +107,10 @@ private slots:
     void an_odd_part_is_not_drawn();
     void numbers_that_are_none();
     void holds_nothing_from_paint_to_paint();
+    void a_repaint_equals_the_plain_drawing_data();
+    void a_repaint_equals_the_plain_drawing();
+    void follows_each_change();
+    void other_devices_get_lines();
 };
 
 void test_graphic_widget::equals_the_plain_drawing_data()
@@ -265,6 +271,82 @@ void test_graphic_widget::holds_nothing_from_paint_to_paint()
     QCOMPARE(picture(widget, second), drawn(second));
     QCOMPARE(picture(widget, first), before);
     QVERIFY(ink(picture(widget, {})).isEmpty());
+}
+
+void test_graphic_widget::a_repaint_equals_the_plain_drawing_data()
+{
+    QTest::addColumn<double>("pixel_ratio");
+    QTest::addColumn<QPointF>("place");
+    QTest::newRow("a pixel each") << 1.0 << QPointF();
+    QTest::newRow("elsewhere") << 1.0 << QPointF(7, 11);
+    QTest::newRow("between pixels") << 1.0 << QPointF(7.25, 11.5);
+    QTest::newRow("four pixels each") << 2.0 << QPointF(3, 5);
+    QTest::newRow("one and a quarter") << 1.25 << QPointF(3, 5);
+    QTest::newRow("one and a half") << 1.5 << QPointF();
+}
+
+void test_graphic_widget::a_repaint_equals_the_plain_drawing()
+{
+    QFETCH(double, pixel_ratio);
+    QFETCH(QPointF, place);
+    const QString slanted = at_pixels({{3, 5}, {171, 33}, {250, 190}, {-60, 120}});
+    const QString waypoint = at_pixels({{40, 40}});
+    const auto painted = [&](auto& widget) {
+        widget.draw_data = {slanted, waypoint};
+        widget.draw_rows = {{0, 0}, {1, 1}};
+        widget.resize(usual_size);
+        QImage image((usual_size + QSize(20, 20)) * pixel_ratio, QImage::Format_RGB32);
+        image.setDevicePixelRatio(pixel_ratio);
+        image.fill(Qt::green);
+        QPainter painter(&image);
+        painter.translate(place);
+        widget.render(&painter, QPoint(), QRegion(), {});
+        return image;
+    };
+    plain_drawing_widget plain;
+    const QImage wanted = painted(plain);
+    graphic_widget widget;
+    QCOMPARE(painted(widget), wanted);
+    QCOMPARE(painted(widget), wanted);
+}
+
+void test_graphic_widget::follows_each_change()
+{
+    const ticked first{{at_pixels({{0, 0}, {90, 50}}), at_pixels({{30, 0}})}, {{0, 0}, {1, 1}}};
+    ticked data = first;
+    data.data[1] = at_pixels({{30, 1}});
+    ticked rows = first;
+    rows.rows[1].second = 7;
+    ticked frame = first;
+    frame.frame_shown = 1;
+    ticked size = first;
+    size.size = {700, 500};
+    graphic_widget widget;
+    for (const ticked& other : {data, rows, frame, size}) {
+        const QImage before = picture(widget, first);
+        QCOMPARE(before, expected(first));
+        const QImage after = picture(widget, other);
+        QCOMPARE(after, expected(other));
+        QVERIFY(after != before);
+    }
+}
+
+/// What is no image of pixels, such as a printer, is drawn on with lines.
+void test_graphic_widget::other_devices_get_lines()
+{
+    graphic_widget widget;
+    const ticked what = ticked::in_order({at_pixels({{0, 0}, {90, 50}, {20, 70}})});
+    const QImage shown = picture(widget, what);
+    QPicture lines;
+    QPainter painter(&lines);
+    widget.render(&painter, QPoint(), QRegion(), {});
+    painter.end();
+    QVERIFY(lines.size() < 5000); // the picture has two million bytes
+    QImage image(usual_size, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QPainter(&image).drawPicture(0, 0, lines);
+    QVERIFY(dark(image, 420, 601 - 300) == dark(shown, 420, 601 - 300));
+    QVERIFY(!ink(image).isEmpty());
 }
 
 QTEST_MAIN(test_graphic_widget)

@@ -1,40 +1,11 @@
 #include "local_server.h"
 
+#include "support/own_certificate.h"
+
 #include <QBuffer>
-#include <QFile>
 #include <QImage>
-#include <QProcess>
-#include <QSslCertificate>
 #include <QSslConfiguration>
-#include <QSslKey>
 #include <QTcpSocket>
-#include <QTemporaryDir>
-
-namespace {
-
-/// A certificate of the day, signed by nobody.
-QSslConfiguration own_certificate()
-{
-    const QTemporaryDir folder;
-    const QString key = folder.filePath(QStringLiteral("key.pem"));
-    const QString certificate = folder.filePath(QStringLiteral("certificate.pem"));
-    QProcess openssl;
-    openssl.start(QStringLiteral("openssl"),
-                  {"req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "1", "-subj",
-                   "/CN=tiles.example", "-keyout", key, "-out", certificate});
-    if (!openssl.waitForFinished(30'000) || openssl.exitCode() != 0)
-        qFatal("openssl made no certificate: %s", openssl.readAllStandardError().constData());
-    QFile key_file(key);
-    if (!key_file.open(QIODevice::ReadOnly))
-        qFatal("no key was written");
-    QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
-    configuration.setPrivateKey(QSslKey(&key_file, QSsl::Rsa));
-    configuration.setLocalCertificateChain(QSslCertificate::fromPath(certificate));
-    configuration.setPeerVerifyMode(QSslSocket::VerifyNone);
-    return configuration;
-}
-
-} // namespace
 
 local_server::local_server(kind wanted, QObject* parent) : QObject(parent), m_kind(wanted)
 {
@@ -45,7 +16,7 @@ local_server::local_server(kind wanted, QObject* parent) : QObject(parent), m_ki
 
     if (wanted == kind::tls) {
         auto server = std::make_unique<QSslServer>();
-        server->setSslConfiguration(own_certificate());
+        server->setSslConfiguration(own_certificate(QStringLiteral("DNS:tiles.example")));
         m_server = std::move(server);
     } else {
         m_server = std::make_unique<QTcpServer>();
@@ -80,9 +51,12 @@ void local_server::serve(QTcpSocket* socket)
             else if (line.toLower().startsWith("host:"))
                 socket->setProperty("host", line.mid(5).trimmed());
             else if (line.isEmpty() && path.isValid()) {
-                requests += socket->property("host").toString() + path.toString();
+                const QString request = socket->property("host").toString() + path.toString();
+                requests += request;
                 socket->setProperty("path", QVariant());
-                const QByteArray sent = open ? body : QByteArray();
+                if (silent)
+                    continue;
+                const QByteArray sent = !open ? QByteArray() : body_for ? body_for(request) : body;
                 socket->write(QByteArray(open ? "HTTP/1.1 200 OK" : "HTTP/1.1 503 Closed") +
                               "\r\nContent-Type: " + body_type +
                               "\r\nCache-Control: no-store\r\nAccess-Control-Allow-Origin: *" +

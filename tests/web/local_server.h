@@ -7,12 +7,14 @@
 #include <QStringList>
 #include <QTcpServer>
 
+#include <functional>
 #include <memory>
 
 class QTcpSocket;
 
 /// A web server on this computer that notes what it is asked for and answers
-/// everything with a picture, or with "503" while it is closed.
+/// everything with a picture, or with "503" while it is closed, or not at all
+/// while it is silent.
 class local_server : public QObject
 {
     Q_OBJECT
@@ -31,8 +33,10 @@ public:
     [[nodiscard]] QString address() const;
 
     bool open = true;
-    /// The body of every answer.
+    bool silent = false;
+    /// The body of every answer, unless each request has its own.
     QByteArray body;
+    std::function<QByteArray(const QString& request)> body_for;
     QByteArray body_type = "image/png";
     /// Host and path of each request, as in "webrd01.is.autonavi.com/appmaptile?x=1".
     QStringList requests;

@@ -82,12 +82,10 @@ void send_figure(QWebEngineView& view, const QString& id, const QString& kind,
 
 QPoint pixel_of(QWebEngineView& view, double longitude, double latitude)
 {
-    const QVariantList place =
-        value_of(view, QStringLiteral("(() => { const p = VelmoMap.map.latLngToContainerPoint("
-                                      "[%1, %2]); return [p.x, p.y]; })()")
-                           .arg(latitude, 0, 'f', 12)
-                           .arg(longitude, 0, 'f', 12))
-            .toList();
+    const QVariantList place = value_of(view, QStringLiteral("VelmoMap.pixelOf(%1, %2)")
+                                                  .arg(longitude, 0, 'f', 12)
+                                                  .arg(latitude, 0, 'f', 12))
+                                   .toList();
     return place.size() == 2 ? QPoint(qRound(place[0].toDouble()), qRound(place[1].toDouble()))
                              : QPoint(-1, -1);
 }

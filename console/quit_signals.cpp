@@ -1,4 +1,4 @@
-#include "instrument/quit_signals.h"
+#include "console/quit_signals.h"
 
 #include <QCoreApplication>
 #include <QSocketNotifier>
@@ -8,8 +8,6 @@
 
 #include <fcntl.h>
 #include <unistd.h>
-
-namespace instrument {
 
 namespace {
 
@@ -42,5 +40,3 @@ void quit_on_signals()
     for (const int number : {SIGINT, SIGTERM})
         ::sigaction(number, &action, nullptr);
 }
-
-} // namespace instrument

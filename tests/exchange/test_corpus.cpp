@@ -1,0 +1,442 @@
+// Foreign and damaged KML and GPX files: what becomes of each, and that nothing
+// crashes, hangs or reaches the tables when it should not. The files are made by
+// corpus/make_xml_corpus.py; those in found/ were found by the fuzzers.
+
+#include "exchange/file_import_thread.h"
+#include "exchange/gpx.h"
+#include "exchange/kml.h"
+#include "support/box_watcher.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QFile>
+#include <QLoggingCategory>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <algorithm>
+
+namespace {
+
+#ifdef VELMO_SANITIZED
+constexpr qsizetype long_line = 20'000'000; // bytes; everything is several times as slow
+#else
+constexpr qsizetype long_line = 200'000'000;
+#endif
+
+QString folder(const char* name)
+{
+    return QStringLiteral(TEST_FILES) + QLatin1Char('/') + QLatin1String(name);
+}
+
+QStringList files(const char* name)
+{
+    return QDir(folder(name)).entryList(QDir::Files, QDir::Name);
+}
+
+qsizetype points_of(const QList<exportRecord>& records)
+{
+    qsizetype points = 0;
+    for (const exportRecord& record : records)
+        points += record.coordinate_pairs.size();
+    return points;
+}
+
+/// What becomes of a file of corpus/kml/ in degrees.
+struct kml_file
+{
+    const char* file;
+    kml_result result;
+    int records;
+    int points;
+    const char* name;   ///< of the first record
+    const char* method; ///< of the first record
+};
+
+// Where the name is "0" the last resort read the file. One reason is that the first
+// pass leaves out the bytes of carriage returns: that glues lines together which end
+// in nothing else, and shifts UTF-16 where a character has such a byte, as "\u540d" has.
+constexpr kml_file kml_corpus[] = {
+    {"bad_utf8.kml", kml_own, 1, 3, "0", "航线"},
+    {"balloon_after_the_geometry.kml", kml_plain, 1, 3, "Late", "航线"},
+    {"binary.kml", kml_failed, 0, 0, "", ""},
+    {"blanks.kml", kml_failed, 0, 0, "", ""},
+    {"bom_only.kml", kml_failed, 0, 0, "", ""},
+    {"coordinates_of_words.kml", kml_plain, 1, 2, "Foreign", "航线"},
+    {"csv_rows.kml", kml_failed, 0, 0, "", ""},
+    {"decimal_commas.kml", kml_own, 1, 2, "0", "航线"},
+    {"deep_nesting.kml", kml_plain, 1, 3, "Deep", "航线"},
+    {"degrees_out_of_range.kml", kml_own, 1, 1, "0", "航点"},
+    {"earth_path.kml", kml_own, 1, 3, "0", "航线"},
+    {"earth_polygon_with_hole.kml", kml_own, 2, 8, "0", "航线"},
+    {"empty.kml", kml_failed, 0, 0, "", ""},
+    {"empty_coordinates.kml", kml_failed, 0, 0, "", ""},
+    {"entities.kml", kml_plain, 1, 3, "named <&A", "航线"},
+    {"entity_bomb.kml", kml_failed, 0, 0, "", ""},
+    {"entity_recursion.kml", kml_own, 1, 1, "0", "航点"},
+    {"extended_data.kml", kml_plain, 1, 3, "Shape", "航线"},
+    {"external_entity.kml", kml_plain, 1, 3, "", "航线"},
+    {"geometry_without_coordinates.kml", kml_failed, 0, 0, "", ""},
+    {"ground_overlay.kml", kml_failed, 0, 0, "", ""},
+    {"gx_multi_track.kml", kml_own, 2, 4, "0", "航线"},
+    {"gx_track.kml", kml_own, 1, 4, "0", "航线"},
+    {"gx_track_of_two_numbers.kml", kml_failed, 0, 0, "", ""},
+    {"html_description.kml", kml_own, 1, 3, "0", "航线"},
+    {"html_page.kml", kml_failed, 0, 0, "", ""},
+    {"json.kml", kml_failed, 0, 0, "", ""},
+    {"latin1.kml", kml_plain, 1, 3, "Grün", "航线"},
+    {"latitude_first.kml", kml_failed, 0, 0, "", ""},
+    {"lines.kml", kml_plain, 1, 3, "Lines", "航线"},
+    {"lines_bom_crlf.kml", kml_plain, 1, 3, "Lines", "航线"},
+    {"lines_old_mac.kml", kml_own, 1, 3, "0", "航线"},
+    {"lines_prefixed.kml", kml_plain, 1, 3, "Lines", "航线"},
+    {"lines_undeclared_prefix.kml", kml_own, 1, 3, "0", "航线"},
+    {"lines_without_namespace.kml", kml_plain, 1, 3, "Lines", "航线"},
+    {"multi_geometry.kml", kml_plain, 1, 7, "Several", "航点"},
+    {"multi_geometry_one_line.kml", kml_plain, 1, 1, "Several", "航线"},
+    {"network_link.kml", kml_failed, 0, 0, "", ""},
+    {"numbers_of_all_kinds.kml", kml_own, 1, 4, "0", "航线"},
+    {"own.kml", kml_own, 2, 6, "field", "航线"},
+    {"own_appended.kml", kml_own, 2, 6, "0", "航线"},
+    {"own_bom.kml", kml_own, 1, 3, "field", "航线"},
+    {"own_crlf.kml", kml_own, 1, 3, "field", "航线"},
+    {"own_empty_name.kml", kml_own, 1, 3, "202403050708", "航线"},
+    {"own_gb18030.kml", kml_own, 1, 3, "field", "航线"},
+    {"own_gbk_without_saying.kml", kml_own, 1, 3, "0", "航线"},
+    {"own_mixed_with_plain.kml", kml_plain, 2, 6, "field", "航线"},
+    {"own_prefixed.kml", kml_own, 1, 3, "field", "航线"},
+    {"own_saved_again.kml", kml_plain, 1, 3, "field", "航线"},
+    {"own_truncated.kml", kml_own, 1, 3, "0", "航线"},
+    {"own_truncated_in_a_character.kml", kml_failed, 0, 0, "", ""},
+    {"own_utf16.kml", kml_own, 1, 3, "0", "航线"},
+    {"own_utf16_be.kml", kml_own, 1, 3, "0", "航线"},
+    {"own_utf16_crlf.kml", kml_own, 1, 3, "0", "航线"},
+    {"own_without_points.kml", kml_failed, 0, 0, "", ""},
+    {"placemarks_in_placemarks.kml", kml_own, 1, 3, "0", "航线"},
+    {"plane_coordinates.kml", kml_plain, 1, 1, "Plane", "航线"},
+    {"png_image.kml", kml_failed, 0, 0, "", ""},
+    {"point_without_description.kml", kml_own, 1, 1, "0", "航点"},
+    {"points.kml", kml_plain, 5, 5, "P1", "航点"},
+    {"polygon_with_hole_in_lines.kml", kml_plain, 1, 4, "Field", "航迹"},
+    {"root_is_a_placemark.kml", kml_plain, 1, 3, "Alone", "航线"},
+    {"schema_only.kml", kml_failed, 0, 0, "", ""},
+    {"spaces_in_tuples.kml", kml_plain, 1, 2, "Spaces", "航线"},
+    {"truncated_behind_a_block.kml", kml_own, 1, 3, "0", "航线"},
+    {"truncated_in_a_tag.kml", kml_plain, 1, 3, "Foreign", "航线"},
+    {"truncated_in_coordinates.kml", kml_failed, 0, 0, "", ""},
+    {"two_roots.kml", kml_plain, 1, 3, "Foreign", "航线"},
+    {"unclosed_cdata.kml", kml_own, 1, 3, "0", "航线"},
+    {"unquoted_attribute.kml", kml_own, 1, 3, "0", "航线"},
+    {"wrong_end_tag.kml", kml_plain, 1, 3, "Foreign", "航线"},
+    {"zero_byte_inside.kml", kml_own, 1, 3, "0", "航线"},
+    {"zero_bytes.kml", kml_failed, 0, 0, "", ""},
+    {"zip_archive.kml", kml_failed, 0, 0, "", ""},
+};
+
+struct gpx_file
+{
+    const char* file;
+    bool read;
+    int records; ///< also of a reading that failed later
+    int points;
+};
+
+constexpr gpx_file gpx_corpus[] = {
+    {"another_program.gpx", false, 0, 0},
+    {"bad_utf8.gpx", false, 0, 0},
+    {"binary.gpx", false, 0, 0},
+    {"deep_nesting.gpx", false, 1, 1},
+    {"element_named_gpx_inside.gpx", true, 1, 1},
+    {"empty.gpx", false, 0, 0},
+    {"entity_bomb.gpx", false, 1, 1},
+    {"kml_inside.gpx", false, 0, 0},
+    {"lower_case_creator.gpx", false, 0, 0},
+    {"no_creator.gpx", false, 0, 0},
+    {"own.gpx", true, 3, 7},
+    {"own_appended.gpx", true, 1, 3},
+    {"own_bom_crlf.gpx", true, 3, 7},
+    {"own_entity.gpx", true, 1, 1},
+    {"own_prefixed.gpx", true, 1, 1},
+    {"own_utf16.gpx", true, 3, 7},
+    {"own_without_ele.gpx", true, 1, 1},
+    {"own_without_points.gpx", true, 3, 1},
+    {"truncated.gpx", false, 1, 3},
+    {"truncated_before_the_end.gpx", false, 3, 7},
+    {"truncated_in_a_point.gpx", false, 1, 1},
+    {"wrong_end_tag.gpx", false, 1, 1},
+};
+
+/// Writes a file in pieces and imports it.
+struct big_import
+{
+    explicit big_import(const QString& suffix) : file(directory.filePath("big." + suffix))
+    {
+        good = file.open(QIODevice::WriteOnly);
+    }
+    void write(const QByteArray& piece, qsizetype times = 1)
+    {
+        const QByteArray block = piece.repeated(std::min<qsizetype>(times, 1000));
+        for (; times >= 1000; times -= 1000)
+            good &= file.write(block) == block.size();
+        for (; times > 0; --times)
+            good &= file.write(piece) == piece.size();
+    }
+    /// The text of the box at the end.
+    QString run()
+    {
+        file.close();
+        const box_watcher watcher;
+        importer.import_file(file.fileName(), 0, nullptr, 0);
+        return good ? watcher.texts().join(u'|') : QStringLiteral("not written");
+    }
+    [[nodiscard]] qsizetype points() const
+    {
+        qsizetype all = 0;
+        for (const QList<point_msg>& one : importer.point_msg_all)
+            all += one.size();
+        return all;
+    }
+
+    QTemporaryDir directory;
+    QFile file;
+    bool good = false;
+    file_import_thread importer;
+};
+
+} // namespace
+
+Q_DECLARE_METATYPE(kml_file)
+Q_DECLARE_METATYPE(gpx_file)
+
+class test_corpus : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void every_file_has_a_row();
+    void kml_files_data();
+    void kml_files();
+    void gpx_files_data();
+    void gpx_files();
+    void nothing_of_a_failed_import_reaches_the_tables_data();
+    void nothing_of_a_failed_import_reaches_the_tables();
+    void long_line_of_tuples();
+    void long_line_of_digits();
+    void long_line_without_an_element();
+    void long_line_in_a_description();
+    void long_line_of_a_track();
+    void deep_nesting();
+    void many_placemarks();
+    void found_by_the_fuzzers_data();
+    void found_by_the_fuzzers();
+};
+
+void test_corpus::initTestCase()
+{
+    QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false"));
+}
+
+void test_corpus::every_file_has_a_row()
+{
+    QStringList rows;
+    for (const kml_file& row : kml_corpus)
+        rows += QString::fromUtf8(row.file);
+    QCOMPARE(files("corpus/kml"), rows);
+    rows.clear();
+    for (const gpx_file& row : gpx_corpus)
+        rows += QString::fromUtf8(row.file);
+    QCOMPARE(files("corpus/gpx"), rows);
+}
+
+void test_corpus::kml_files_data()
+{
+    QTest::addColumn<kml_file>("row");
+    for (const kml_file& row : kml_corpus)
+        QTest::newRow(row.file) << row;
+}
+
+void test_corpus::kml_files()
+{
+    QFETCH(kml_file, row);
+    QFile file(folder("corpus/kml/") + QString::fromUtf8(row.file));
+    const kml_reading reading = read_kml(file, {});
+    QCOMPARE(reading.result, row.result);
+    QCOMPARE(reading.records.size(), row.records);
+    QCOMPARE(points_of(reading.records), row.points);
+    if (row.records > 0) {
+        QCOMPARE(reading.records[0].name, QString::fromUtf8(row.name));
+        QCOMPARE(reading.records[0].method, QString::fromUtf8(row.method));
+    }
+    // In the other modes the points are others; here that nothing goes wrong.
+    for (int mode = 1; mode < 5; ++mode) {
+        const kml_reading other = read_kml(file, {.mode = mode, .param = {}});
+        QCOMPARE(other.records.isEmpty(), other.result == kml_failed);
+    }
+}
+
+void test_corpus::gpx_files_data()
+{
+    QTest::addColumn<gpx_file>("row");
+    for (const gpx_file& row : gpx_corpus)
+        QTest::newRow(row.file) << row;
+}
+
+void test_corpus::gpx_files()
+{
+    QFETCH(gpx_file, row);
+    QFile file(folder("corpus/gpx/") + QString::fromUtf8(row.file));
+    QList<exportRecord> records;
+    QCOMPARE(parse_gpx(file, records), row.read);
+    QCOMPARE(records.size(), row.records);
+    QCOMPARE(points_of(records), row.points);
+}
+
+void test_corpus::nothing_of_a_failed_import_reaches_the_tables_data()
+{
+    QTest::addColumn<QString>("path");
+    for (const char* name : {"corpus/kml", "corpus/gpx"}) {
+        for (const QString& file : files(name))
+            QTest::newRow(qPrintable(file)) << folder(name) + QLatin1Char('/') + file;
+    }
+}
+
+void test_corpus::nothing_of_a_failed_import_reaches_the_tables()
+{
+    QFETCH(QString, path);
+    const bool kml = path.endsWith(QLatin1String(".kml"));
+    file_import_thread importer;
+    const QSignalSpy handed_on(&importer, &file_import_thread::read_data_finished);
+    const box_watcher watcher;
+    importer.import_file(path, 0, nullptr, 0);
+    QCOMPARE(watcher.boxes.size(), 1);
+    const bool failed = watcher.boxes[0].text.endsWith(QStringLiteral("失败"));
+    QCOMPARE(watcher.boxes[0].text,
+             QStringLiteral("%1%2文件导入%3")
+                 .arg(watcher.boxes[0].text.startsWith(QStringLiteral("自制")) ? "自制" : "",
+                      kml ? "kml" : "gpx", failed ? "失败" : "成功"));
+    QCOMPARE(handed_on.size(), kml || !failed ? 1 : 0);
+    if (!handed_on.isEmpty()) {
+        const auto records = handed_on[0][0].value<QList<measuringData>>();
+        QCOMPARE(records.isEmpty(), failed);
+        QCOMPARE(handed_on[0][1].toStringList().size(), records.size());
+        QCOMPARE(handed_on[0][2].toStringList().size(), records.size());
+        QCOMPARE(handed_on[0][3].value<QList<QList<point_msg>>>().size(), records.size());
+    }
+}
+
+void test_corpus::long_line_of_tuples()
+{
+    const QByteArray tuple = "104.500001,30.250001,500.25 ";
+    const qsizetype points = long_line / tuple.size();
+    big_import big("kml");
+    big.write("<kml><Placemark><description>d</description><LineString><coordinates>");
+    big.write(tuple, points);
+    big.write("</coordinates></LineString></Placemark></kml>");
+    // On one line: the second pass finds no points, the last resort all of them.
+    QCOMPARE(big.run(), "kml文件导入成功");
+    QCOMPARE(big.points(), points);
+    QVERIFY(big.importer.data_msg_altitude.value(0).endsWith(
+        "104.500001,30.250001,500.25\n104.500001,30.250001,500.25\n"));
+}
+
+void test_corpus::long_line_of_digits()
+{
+    big_import big("kml");
+    big.write("<kml><coordinates>");
+    big.write("12345678", long_line / 8);
+    big.write("</coordinates></kml>");
+    QCOMPARE(big.run(), "kml文件导入失败");
+}
+
+void test_corpus::long_line_without_an_element()
+{
+    big_import big("kml");
+    big.write("no element and no end ", long_line / 22);
+    QCOMPARE(big.run(), "kml文件导入失败");
+}
+
+void test_corpus::long_line_in_a_description()
+{
+    big_import big("kml");
+    big.write("<kml><Placemark><description><![CDATA[<h4>测量方式:航线</h4><h4>名字：");
+    big.write("name ", long_line / 10);
+    big.write("</h4>]]></description><LineString><coordinates>1,2\n3,4</coordinates></LineString>"
+              "</Placemark></kml>");
+    QCOMPARE(big.run(), "kml文件导入成功");
+    QCOMPARE(big.importer.table_list.value(0).name.size(), long_line / 10 * 5 - 1);
+}
+
+void test_corpus::long_line_of_a_track()
+{
+    const qsizetype points = long_line / 100;
+    big_import big("gpx");
+    big.write("<gpx creator='Velmo'><trk><trkseg>");
+    big.write("<trkpt lat='30.250001' lon='104.500001'><ele>500.25</ele></trkpt>", points);
+    big.write("</trkseg></trk></gpx>");
+    QCOMPARE(big.run(), "gpx文件导入成功");
+    QCOMPARE(big.points(), points);
+}
+
+void test_corpus::deep_nesting()
+{
+    constexpr int depth = 300'000;
+    for (const bool closed : {true, false}) {
+        big_import big("kml");
+        big.write("<kml>");
+        big.write("<Folder>", depth);
+        big.write("<Placemark><name>deep</name><description>d</description><Point><coordinates>1,2"
+                  "</coordinates></Point></Placemark>");
+        if (closed) {
+            big.write("</Folder>", depth);
+            big.write("</kml>");
+        }
+        // The Placemark is whole before the error at the end.
+        QCOMPARE(big.run(), "自制kml文件导入成功");
+        QCOMPARE(big.importer.table_list.value(0).name, "deep");
+    }
+    big_import gpx("gpx");
+    gpx.write("<gpx creator='Velmo'>");
+    gpx.write("<trk><trkseg><trkpt>", depth / 3);
+    QCOMPARE(gpx.run(), "gpx文件导入失败");
+}
+
+void test_corpus::many_placemarks()
+{
+    // All with the same names and counts, told apart by their coordinates alone:
+    // looking each up among those before it must not take the square of the time.
+    constexpr int many = 20'000;
+    big_import big("kml");
+    big.write("<kml>");
+    for (int i = 0; i < many; ++i)
+        big.write("<Placemark><name>same</name><description>d</description><Point><coordinates>1." +
+                  QByteArray::number(i) + ",2</coordinates></Point></Placemark>");
+    big.write("</kml>");
+    QCOMPARE(big.run(), "自制kml文件导入成功");
+    QCOMPARE(big.importer.table_list.size(), many);
+}
+
+void test_corpus::found_by_the_fuzzers_data()
+{
+    QTest::addColumn<QString>("path");
+    const QString found = folder("../fuzz/found");
+    QTest::newRow("none") << QString(); // a table without rows would be skipped
+    for (const QString& file : QDir(found).entryList(QDir::Files, QDir::Name))
+        QTest::newRow(qPrintable(file)) << found + QLatin1Char('/') + file;
+}
+
+void test_corpus::found_by_the_fuzzers()
+{
+    // What one reader was found to stumble over, the others have to stand as well.
+    QFETCH(QString, path);
+    QFile file(path);
+    QList<exportRecord> records;
+    for (int mode = 0; mode < 5; ++mode)
+        (void)read_kml(file, {.mode = mode, .param = {}});
+    (void)parse_kml_fallback(file, records);
+    (void)parse_gpx(file, records);
+}
+
+QTEST_MAIN(test_corpus)
+#include "test_corpus.moc"

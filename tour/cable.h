@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+class serial_thread;
+
+/// The cable between a pseudo-terminal and the program. The system lists no
+/// pseudo-terminal among its serial ports, so the list that the program looks at is
+/// replaced. The program's part that holds it is found by its timer's events. GUI
+/// thread only.
+class cable : public QObject
+{
+    Q_OBJECT
+
+public:
+    cable();
+
+    /// Lists the pseudo-terminal as the one USB serial port, as long as it is there;
+    /// false as long as the program does not look for ports.
+    bool plug_in(const QString& path);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    serial_thread* m_serial = nullptr;
+};
