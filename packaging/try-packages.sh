@@ -8,8 +8,8 @@
 # is started, reads the simulated instrument, and a picture is taken. Then what
 # the packages leave behind is looked for: with all that they need in place, the
 # files before installing and after purging them are compared by their content.
-# Needs root, debootstrap, the network for Debian's packages, and what ./run has
-# built.
+# Needs root, debootstrap, cmark-gfm, the network for Debian's packages, and what
+# ./run brings.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=${1:-$PWD/build/clean-root}
@@ -19,6 +19,9 @@ mirror=$(sed -n 's/^URIs: *//p' /etc/apt/sources.list.d/debian.sources 2>/dev/nu
 ours=(velmo velmo-instrument velmo-calculation-server)
 
 mkdir -p "$result"
+. packaging/prepare.sh
+prepare_packages packages-run.txt
+build_targets build -- velmo_installed
 (cd build && rm -f ./*.deb && cpack -G DEB >"$result/cpack.log")
 [ -d "$root" ] || debootstrap --variant=minbase bookworm "$root" ${mirror:+"$mirror"} >"$result/debootstrap.log"
 rm -rf "$work"
@@ -43,7 +46,7 @@ cp /etc/resolv.conf "$work/etc/resolv.conf"
 # what looks at it here.
 inside apt-get update -qq
 inside apt-get install -y -qq --no-install-recommends \
-  appstream desktop-file-utils gtk-update-icon-cache lintian man-db shared-mime-info udev \
+  appstream desktop-file-utils gtk-update-icon-cache man-db shared-mime-info udev \
   imagemagick openbox x11-utils xauth xdotool xvfb >"$result/desktop.log" 2>&1
 inside useradd -m person
 packages() { inside dpkg-query -W -f '${Package}\n' | sort; }
@@ -52,8 +55,10 @@ packages >"$result/packages-before"
 mkdir -p "$work/tmp/packages"
 cp build/*.deb "$work/tmp/packages/"
 echo "Packages: $(cd build && ls -s --block-size=K ./*.deb | tr '\n' ' ')"
-echo "lintian:"
-inside sh -c 'lintian --no-tag-display-limit /tmp/packages/*.deb' | tee "$result/lintian.log" || true
+if command -v lintian >/dev/null; then
+  lintian --no-tag-display-limit build/*.deb >"$result/lintian.log" 2>&1 || true
+  echo "lintian says $(grep -c '^E:' "$result/lintian.log" || true) errors and $(grep -c '^W:' "$result/lintian.log" || true) warnings: build/packages/lintian.log"
+fi
 
 try_program() {
   as_person sh -c 'cd && xvfb-run -s "-screen 0 1600x1000x24" sh /tmp/use-velmo'
@@ -65,7 +70,6 @@ velmo_instrument --adb >/tmp/instrument.log &
 sleep 1
 QTWEBENGINE_DISABLE_SANDBOX=1 velmo >/tmp/velmo.log 2>&1 &
 program=$!
-window() { xdotool search --sync --onlyvisible --name "$1" >/dev/null; }
 timeout 120 xdotool search --sync --onlyvisible --name 串口 >/dev/null || echo "no box says that the instrument is found"
 xdotool key Return
 sleep 1
