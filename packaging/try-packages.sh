@@ -22,7 +22,7 @@ mkdir -p "$result"
 . packaging/prepare.sh
 prepare_packages packages-run.txt
 build_targets build -- velmo_installed
-(cd build && rm -f ./*.deb && cpack -G DEB >"$result/cpack.log")
+(cd build && rm -f ./*.deb && cpack -G DEB >"$result/cpack.log" 2>&1)
 [ -d "$root" ] || debootstrap --variant=minbase bookworm "$root" ${mirror:+"$mirror"} >"$result/debootstrap.log"
 rm -rf "$work"
 cp -a "$root" "$work"
@@ -56,7 +56,7 @@ mkdir -p "$work/tmp/packages"
 cp build/*.deb "$work/tmp/packages/"
 echo "Packages: $(cd build && ls -s --block-size=K ./*.deb | tr '\n' ' ')"
 if command -v lintian >/dev/null; then
-  lintian --no-tag-display-limit build/*.deb >"$result/lintian.log" 2>&1 || true
+  lintian --tag-display-limit 0 build/*.deb >"$result/lintian.log" 2>&1 || true
   echo "lintian says $(grep -c '^E:' "$result/lintian.log" || true) errors and $(grep -c '^W:' "$result/lintian.log" || true) warnings: build/packages/lintian.log"
 fi
 

@@ -9,6 +9,8 @@
 #include <QTest>
 #include <QXmlStreamReader>
 
+#include <algorithm>
+
 namespace {
 
 const QString root = QStringLiteral(SOURCE_DIR "/");
