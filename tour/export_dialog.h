@@ -11,7 +11,8 @@ struct exchange_format
     const char* title;    ///< of its boxes
     const char* exported; ///< what the box says
     const char* suffix;
-    const char* imported; ///< what the box says
+    const char* imported;              ///< what the box says
+    const char* import_title = "导入"; ///< of that box
 };
 
 /// In the export dialog, which is open: chooses a format and gives a path. Takes a

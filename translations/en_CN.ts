@@ -32,10 +32,6 @@
             <translation>Coordinate Setting</translation>
         </message>
         <message>
-            <source>此功能尚未提供，将随后续版本加入。</source>
-            <translation>This function is not available yet. It comes with a later version.</translation>
-        </message>
-        <message>
             <source>已连接</source>
             <translation>connect</translation>
         </message>
@@ -440,6 +436,14 @@ Software version: </translation>
         <message>
             <source>导入</source>
             <translation>Import</translation>
+        </message>
+        <message>
+            <source>Export File</source>
+            <translation>Export File</translation>
+        </message>
+        <message>
+            <source>Xlsx Files (*.xlsx);;All Files (*)</source>
+            <translation>Xlsx Files (*.xlsx);;All Files (*)</translation>
         </message>
         <message>
             <source>Open Files</source>

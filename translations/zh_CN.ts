@@ -32,10 +32,6 @@
             <translation>坐标设置</translation>
         </message>
         <message>
-            <source>此功能尚未提供，将随后续版本加入。</source>
-            <translation>此功能尚未提供，将随后续版本加入。</translation>
-        </message>
-        <message>
             <source>已连接</source>
             <translation>已连接</translation>
         </message>
@@ -440,6 +436,14 @@
         <message>
             <source>导入</source>
             <translation>导入</translation>
+        </message>
+        <message>
+            <source>Export File</source>
+            <translation>Export File</translation>
+        </message>
+        <message>
+            <source>Xlsx Files (*.xlsx);;All Files (*)</source>
+            <translation>Xlsx Files (*.xlsx);;All Files (*)</translation>
         </message>
         <message>
             <source>Open Files</source>
