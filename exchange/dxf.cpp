@@ -19,9 +19,13 @@
 #include <dxflib/dl_dxf.h>
 
 #include <array>
+#include <clocale>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
+#include <locale>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 
 namespace {
@@ -190,7 +194,8 @@ bool write_drawing(const QString& path, const Test_CreationClass& store)
         dxf.out(QFile::encodeName(native).constData(), DL_Codes::AC1015));
     if (!writer) {
         qDebug() << "Cannot open DXF file for writing:" << native;
-        show_warning(QStringLiteral("Warning"), QStringLiteral("Failed to open file"));
+        show_warning(file_export_thread::tr("Warning"),
+                     file_export_thread::tr("Failed to open file"));
         return false;
     }
     dxf.writeHeader(*writer);
@@ -250,15 +255,41 @@ private:
     std::string m_entity;
 };
 
+/// The numbers of a drawing have a decimal point wherever the program runs.
+class point_locale
+{
+public:
+    ~point_locale()
+    {
+        std::locale::global(m_streams);
+        std::setlocale(LC_ALL, m_texts.c_str());
+    }
+
+private:
+    const std::string m_texts = std::setlocale(LC_ALL, nullptr);
+    const std::locale m_streams = std::locale::global(std::locale::classic());
+};
+
 /// Reads the drawing. Only a regular file is handed to dxflib, which never
 /// returns from a folder.
 bool read_drawing(const QString& path, Test_CreationClass& store)
 {
     if (!QFileInfo(path).isFile())
         return false;
+    // The steps of DL_Dxf::in(), which would leave the file open and the locale
+    // changed when the store stops it.
+    const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(
+        std::fopen(QFile::encodeName(path).constData(), "rt"), std::fclose);
+    if (!file)
+        return false;
+    const point_locale restored;
     try {
         DL_Dxf dxf;
-        return dxf.in(QFile::encodeName(path).toStdString(), &store);
+        std::istringstream nothing;
+        dxf.in(nothing, &store); // sets what its constructor leaves open
+        while (dxf.readDxfGroups(file.get(), &store)) {
+        }
+        return true;
     } catch (const std::exception& error) {
         qDebug() << "dxf:" << error.what();
         return false;
@@ -359,16 +390,17 @@ void file_export_thread::one_dxf_export(int mode, model_param m_ModelParam, QStr
 {
     if (file_path.isEmpty())
         return;
+    log_parameters(m_ModelParam);
     Test_CreationClass store;
     entity_maker entities{mode, m_ModelParam, cz, dz, pl};
     for (const exportRecord& record : std::as_const(export_list))
         entities.add(record, store);
     if (!QDir().mkpath(QFileInfo(file_path).absolutePath())) {
-        show_warning(QStringLiteral("Warning"), QStringLiteral("Failed to create directory"));
+        show_warning(tr("Warning"), tr("Failed to create directory"));
         return;
     }
     if (write_drawing(file_path, store))
-        show_information(QStringLiteral("dxf"), QStringLiteral("dxf多数据合并导出成功"));
+        show_information(tr("dxf"), tr("dxf多数据合并导出成功"));
 }
 
 void file_export_thread::more_dxf_export(int mode, model_param m_ModelParam, QString file_path)
@@ -383,14 +415,14 @@ void file_export_thread::more_dxf_export(int mode, model_param m_ModelParam, QSt
         if (!write_drawing(record_file_path(file_path, QStringLiteral("dxf"), ++number), store))
             return;
     }
-    show_information(QStringLiteral("dxf"), QStringLiteral("dxf单数据分开导出成功"));
+    show_information(tr("dxf"), tr("dxf单数据分开导出成功"));
 }
 
 void file_import_thread::import_dxf(const QString& path)
 {
     guarded_creation store(QFileInfo(path).size());
     if (!read_drawing(path, store)) {
-        show_warning(QStringLiteral("dxf"), QStringLiteral("打开dxf文件失败"));
+        show_warning(tr("dxf"), tr("打开dxf文件失败"));
         return;
     }
     QString time = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
@@ -420,5 +452,5 @@ void file_import_thread::import_dxf(const QString& path)
     }
     qDebug() << "table show";
     emit read_data_finished(table_list, data_msg, data_msg_altitude, point_msg_all);
-    show_information(QStringLiteral("导入"), QStringLiteral("dxf文件导入成功"));
+    show_information(tr("导入"), tr("dxf文件导入成功"));
 }

@@ -222,7 +222,30 @@ QVector<QXlsx::CellLocation> full_cells(QXlsx::Worksheet& sheet)
 {
     int rows = 0;
     int columns = 0;
-    return sheet.getFullCells(&rows, &columns);
+    QVector<QXlsx::CellLocation> cells = sheet.getFullCells(&rows, &columns);
+    // QXlsx promises no order, although 1.4.4 has this one.
+    const auto place = [](const QXlsx::CellLocation& at) { return std::pair(at.row, at.col); };
+    if (!std::ranges::is_sorted(cells, {}, place))
+        std::ranges::sort(cells, {}, place);
+    return cells;
+}
+
+/// A number with the 15 digits that spreadsheets show (they write 1.1 as
+/// 1.1000000000000001), and never with an exponent: it may be an identity.
+QString decimal_text(double number)
+{
+    constexpr int digits = 15;
+    const QString text = QString::number(number, 'g', digits);
+    const qsizetype mark = text.indexOf(QLatin1Char('e'));
+    if (mark < 0)
+        return text;
+    const int exponent = QStringView(text).sliced(mark + 1).toInt();
+    QString plain = QString::number(number, 'f', std::max(digits - 1 - exponent, 0));
+    if (exponent < 0) {
+        while (plain.endsWith(QLatin1Char('0')))
+            plain.chop(1);
+    }
+    return plain;
 }
 
 /// The text of a cell as a person sees it; nothing for a formula that was never
@@ -232,16 +255,17 @@ std::optional<QString> text_of(const QXlsx::Cell& cell, bool date1904)
     const QVariant value = cell.value();
     if (value.isNull() && cell.hasFormula())
         return {};
-    const QString text = value.toString();
     switch (cell.cellType()) {
     case QXlsx::Cell::NumberType:
-    case QXlsx::Cell::DateType:
-    case QXlsx::Cell::CustomType: // what has no type is a number
-        if (cell.isDateTime() && !text.isEmpty())
-            return date_text(value.toDouble(), date1904);
-        // Spreadsheets write 1.1 as 1.1000000000000001 and show 15 digits.
-        return text.size() > 15 ? QString::number(text.toDouble(), 'g', 15) : text;
-    default: return text;
+    case QXlsx::Cell::DateType:     // a number in a style of dates
+    case QXlsx::Cell::CustomType: { // what has no type is a number
+        bool is_number = false;
+        const double number = value.toDouble(&is_number);
+        if (!is_number)
+            return value.toString();
+        return cell.isDateTime() ? date_text(number, date1904) : decimal_text(number);
+    }
+    default: return value.toString();
     }
 }
 
@@ -251,12 +275,11 @@ class sheet_texts
 public:
     sheet_texts(QXlsx::Worksheet& sheet, bool date1904)
     {
-        constexpr int most_rows = 1'048'576;
         const QVector<QXlsx::CellLocation> cells = full_cells(sheet);
         m_texts.reserve(cells.size());
         for (const QXlsx::CellLocation& at : cells) {
             const std::optional<QString> text = text_of(*at.cell, date1904);
-            m_valid = m_valid && text && at.row > 0 && at.row <= most_rows && at.col > 0;
+            m_valid = text.has_value();
             if (!m_valid)
                 return;
             if (text->isEmpty())
@@ -268,7 +291,7 @@ public:
         m_rows.append(m_texts.size());
     }
 
-    /// Whether every cell has a place and a value.
+    /// Whether every cell has a value.
     [[nodiscard]] bool is_valid() const { return m_valid; }
     /// Rows up to the last that holds anything.
     [[nodiscard]] qsizetype rows() const { return m_rows.size() - 1; }
@@ -372,10 +395,10 @@ private:
         QList<point_msg> points;
         for (qsizetype row = first_row; row < next_row; ++row) {
             const std::optional<QString> pair = position(kind, cells, row);
-            const QString altitude = zero_if_empty(cell(kind, cells, row, excel_field::altitude));
-            bool is_number = false;
-            altitude.toDouble(&is_number);
-            if (!pair || !is_number)
+            // A comma or a line feed would break the line.
+            const QString altitude =
+                zero_if_empty(cell(kind, cells, row, excel_field::altitude).trimmed());
+            if (!pair || !finite_number(altitude))
                 return false;
             if (!data.isEmpty())
                 data.append(QLatin1Char(','));
@@ -451,47 +474,48 @@ private:
     [[nodiscard]] std::optional<QString> position(const excel_kind& kind, const sheet_texts& cells,
                                                   qsizetype row) const
     {
-        const QString first_text = cell(kind, cells, row, first);
-        const QString second_text = cell(kind, cells, row, second);
-        double longitude = to_number(first_text);
-        double latitude = to_number(second_text);
-        if (is_plane(m_into.mode) && longitude != no_number && latitude != no_number) {
-            double x = longitude;
-            double y = latitude;
+        const std::optional<double> one = to_number(cell(kind, cells, row, first));
+        const std::optional<double> other = to_number(cell(kind, cells, row, second));
+        if (!one || !other)
+            return {};
+        double longitude = *one;
+        double latitude = *other;
+        if (is_plane(m_into.mode)) {
+            // The column of the zone is not looked at: a y that lost its zone in an
+            // export does not get it back.
+            plane_position plane{*one, *other, 0.0};
             if (m_into.mode == yx_mode)
-                std::swap(x, y);
+                std::swap(plane.x, plane.y);
             const geodetic_position at =
-                plane_to_wgs84({x, with_zone(y, cell(kind, cells, row, zone)), 0.0},
-                               m_into.m_ModelParam, m_into.cz, m_into.dz, m_into.pl);
+                plane_to_wgs84(plane, m_into.m_ModelParam, m_into.cz, m_into.dz, m_into.pl);
             longitude = at.l;
             latitude = at.b;
         }
-        if (longitude == no_number || latitude == no_number)
-            return {};
+        for (const double degrees : {longitude, latitude}) {
+            constexpr double failure = -1.0; // of a conversion; no place has it by chance
+            if (degrees == failure || !std::isfinite(degrees))
+                return {};
+        }
         return QString::number(longitude, 'f', 12) + QLatin1Char(',') +
                QString::number(latitude, 'f', 12);
     }
 
-    /// What stands for a text that is no coordinate.
-    static constexpr double no_number = -1.0;
-
-    [[nodiscard]] double to_number(const QString& text) const
+    /// The number that a coordinate's text stands for: degrees, or metres in a
+    /// plane mode.
+    [[nodiscard]] std::optional<double> to_number(const QString& text) const
     {
-        if (m_into.mode == minutes_mode)
-            return dm_to_degrees(text);
-        if (m_into.mode == seconds_mode)
-            return dms_to_degrees(text);
-        bool is_number = false;
-        const double value = text.toDouble(&is_number);
-        return is_number && std::isfinite(value) ? value : no_number;
+        switch (m_into.mode) {
+        case minutes_mode: return dm_to_degrees(text);
+        case seconds_mode: return dms_to_degrees(text);
+        default: return finite_number(text);
+        }
     }
 
-    /// The y of a plane position. In the sheets that have a column for the zone it
-    /// stands there and not in the coordinate.
-    static double with_zone(double y, const QString& zone_text)
+    static std::optional<double> finite_number(const QString& text)
     {
-        constexpr double metres_per_zone = 1'000'000.0;
-        return std::abs(y) < metres_per_zone ? y + zone_text.toInt() * metres_per_zone : y;
+        bool is_number = false;
+        const double number = text.toDouble(&is_number);
+        return is_number && std::isfinite(number) ? std::optional(number) : std::nullopt;
     }
 
     static QString cell(const excel_kind& kind, const sheet_texts& cells, qsizetype row,

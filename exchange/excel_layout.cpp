@@ -164,13 +164,7 @@ constexpr excel_kind kind(QStringView method, QStringView english,
 {
     const std::size_t summary = index_of(columns, point_number);
     const std::span full(columns);
-    return {method,
-            english,
-            full,
-            summary,
-            full.subspan(summary),
-            false,
-            index_of(columns, zone) < size};
+    return {method, english, full, summary, full.subspan(summary), false};
 }
 
 } // namespace
@@ -178,8 +172,7 @@ constexpr excel_kind kind(QStringView method, QStringView english,
 constexpr std::array<excel_kind, 6> excel_kinds{{
     kind(u"面积", u"Area", area_columns),
     kind(u"距离", u"Distance", distance_columns),
-    {u"航点", u"Waypoint", waypoint_columns, std::size(waypoint_columns), waypoint_points, true,
-     true},
+    {u"航点", u"Waypoint", waypoint_columns, std::size(waypoint_columns), waypoint_points, true},
     kind(u"航线", u"Route", route_columns),
     kind(u"航迹", u"Track", track_columns),
     kind(u"放样", u"Staking Out", staking_columns),

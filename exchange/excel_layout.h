@@ -63,7 +63,6 @@ struct excel_kind
     std::size_t summary;                ///< how many columns are the summary's
     std::span<const excel_column> points; ///< the points alone
     bool one_row_each;                    ///< a measurement is one point: all stand in one sheet
-    bool zone_column; ///< where it has none the zone is left out of a coordinate
 
     [[nodiscard]] QString sheet_name(int language) const;
     /// Index of the field in \a full, or -1.

@@ -12,16 +12,21 @@
 #include <archive.h>
 #include <archive_entry.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cstring>
 #include <memory>
 #include <optional>
 
 namespace {
 
-/// Limits that no workbook of measurements reaches: a million points are six
-/// million cells in 400 MB of XML, and QXlsx takes half a kilobyte for a cell.
-constexpr qint64 most_unpacked = 1LL << 30;  // bytes
-constexpr qint64 most_elements = 12'000'000; // rows and cells
+/// Limits just above a workbook of a million points, which is a million rows of
+/// six cells in 400 MB of XML with up to four million different texts. QXlsx takes
+/// half a kilobyte for a cell and half of that for a text: without limits a file
+/// of some megabytes could take all memory.
+constexpr qint64 most_unpacked = 600'000'000;     // bytes
+constexpr qint64 most_cells = 7'500'000;          // rows and cells
+constexpr qint64 most_other_elements = 8'000'000; // two for a text
 
 using parts = QHash<QString, QByteArray>;
 
@@ -101,13 +106,15 @@ QList<relation> relations_of(const parts& all, const QString& part)
     return relations;
 }
 
-/// Whether a part is sound XML.
-bool is_sound(const QByteArray& xml)
+/// How many elements a part has; nothing if it is no sound XML or has more than
+/// \a limit.
+std::optional<qint64> elements_of(const QByteArray& xml, qint64 limit)
 {
     QXmlStreamReader reader(xml);
-    while (!reader.atEnd())
-        reader.readNext();
-    return !reader.hasError();
+    qint64 elements = 0;
+    while (!reader.atEnd() && elements <= limit)
+        elements += reader.readNext() == QXmlStreamReader::StartElement ? 1 : 0;
+    return reader.hasError() || elements > limit ? std::nullopt : std::optional(elements);
 }
 
 /// Whether the workbook counts dates from 1904. Its part may say so or the
@@ -131,9 +138,43 @@ struct sheet_tags
 {
     qint64 rows = 0;
     qint64 cells = 0;
-    bool in_runs = false;  ///< a cell holds its text in pieces
-    bool complete = false; ///< the sheet has its end
+    bool sound = true; ///< it has its end, and every cell a place and a value that QXlsx can read
 };
+
+/// The value of an attribute of a tag, which is given from its name to its end.
+QByteArrayView value_of(QByteArrayView tag, QByteArrayView name)
+{
+    for (qsizetype at = tag.indexOf(name); at > 0; at = tag.indexOf(name, at + 1)) {
+        const qsizetype value = at + name.size() + 2; // behind =" or ='
+        if (std::isspace(static_cast<unsigned char>(tag[at - 1])) == 0 || value >= tag.size() ||
+            tag[value - 2] != '=')
+            continue;
+        return tag.sliced(value,
+                          std::max<qsizetype>(tag.indexOf(tag[value - 1], value), value) - value);
+    }
+    return {};
+}
+
+/// Whether a text is the place of a cell, such as B2, that a sheet has.
+bool is_place(QByteArrayView text)
+{
+    constexpr int most_columns = 16'384;
+    constexpr int most_rows = 1'048'576;
+    int column = 0;
+    qsizetype at = 0;
+    for (; at < text.size() && at < 3 && text[at] >= 'A' && text[at] <= 'Z'; ++at)
+        column = column * 26 + (text[at] - 'A' + 1);
+    int row = 0;
+    const QByteArrayView digits = text.sliced(at);
+    if (digits.size() > 7)
+        return false;
+    for (const char digit : digits) {
+        if (digit < '0' || digit > '9')
+            return false;
+        row = row * 10 + (digit - '0');
+    }
+    return column > 0 && column <= most_columns && row > 0 && row <= most_rows;
+}
 
 sheet_tags look_at_tags(const QByteArray& xml)
 {
@@ -145,7 +186,7 @@ sheet_tags look_at_tags(const QByteArray& xml)
         return c == ' ' || c == '>' || c == '/' || c == '\t' || c == '\n' || c == '\r';
     };
     sheet_tags found;
-    found.complete = xml.trimmed().endsWith("</" + prefix + "worksheet>");
+    found.sound = QByteArrayView(xml).trimmed().endsWith("</" + prefix + "worksheet>");
     const char* const end = xml.constData() + xml.size();
     const char* at = xml.constData();
     while ((at = static_cast<const char*>(
@@ -154,10 +195,15 @@ sheet_tags look_at_tags(const QByteArray& xml)
         if (std::strncmp(at, prefix.constData(), static_cast<std::size_t>(prefix.size())) != 0)
             continue;
         const char* name = at + prefix.size();
-        if (name[0] == 'c' && ends_name(name[1]))
+        if (name[0] == 'c' && ends_name(name[1])) {
             ++found.cells;
-        else if (name[0] == 'r' && ends_name(name[1]))
-            found.in_runs = true;
+            const auto* close = static_cast<const char*>(
+                std::memchr(name, '>', static_cast<std::size_t>(end - name)));
+            const QByteArrayView tag(name, close == nullptr ? end : close);
+            if (!is_place(value_of(tag, "r")) || value_of(tag, "t") == "d")
+                found.sound = false;
+        } else if (name[0] == 'r' && ends_name(name[1]))
+            found.sound = false; // a text in pieces
         else if (std::strncmp(name, "row", 3) == 0 && ends_name(name[3]))
             ++found.rows;
     }
@@ -291,6 +337,7 @@ excel_package read_excel_package(const QString& path)
     }
     excel_package package;
     qint64 rows_and_cells = 0;
+    qint64 other_elements = 0;
     stored_archive stored;
     const auto take = [&](const relation& from, const QString& name) {
         const QByteArray xml = all.take(from.target);
@@ -299,9 +346,12 @@ excel_package read_excel_package(const QString& path)
             const sheet_tags tags = look_at_tags(xml);
             package.cells += tags.cells;
             rows_and_cells += tags.rows + tags.cells;
-            readable = tags.complete && !tags.in_runs && rows_and_cells <= most_elements;
+            readable = tags.sound && rows_and_cells <= most_cells;
         } else {
-            readable = is_sound(xml);
+            const std::optional<qint64> elements =
+                elements_of(xml, most_other_elements - other_elements);
+            readable = elements.has_value();
+            other_elements += elements.value_or(0);
         }
         if (!readable)
             qDebug() << "cannot be read:" << from.target;

@@ -19,10 +19,13 @@ struct excel_package
 ///   LibreOffice does not say,
 /// - takes every file that says anything about 1904 to count from it,
 /// - reads of a damaged part what stands before the damage and says nothing,
-/// - takes the last of several runs in a cell for the whole, and
+/// - takes the last of several runs in a cell for the whole,
+/// - takes a date that is written as such, and not as a number, for 0,
+/// - puts a cell without a sound place anywhere, and
 /// - ends the process on sheets of types of their own.
 ///
-/// Only a regular file is opened, and not more is unpacked than memory holds. A
-/// part that is damaged and a cell in runs make the file unreadable. Damage
-/// within a sheet shows when QXlsx finds fewer cells than \c cells.
+/// Only a regular file is opened, and no more of it taken than a million points
+/// need. A part that is damaged and a cell in runs, with a written date or without
+/// a sound place make the file unreadable. Damage within a sheet shows when QXlsx
+/// finds fewer cells than \c cells.
 excel_package read_excel_package(const QString& path);

@@ -19,15 +19,16 @@ QString example_coordinate(double degree, int place)
 }
 
 /// The cell of an example's summary.
-QString example_summary(excel_field field, int number, int language)
+QString example_summary(const excel_kind& kind, excel_field field, int number, int language)
 {
+    const QString common_mode = kind.method == u"距离" ? QStringLiteral("9") : QStringLiteral("1");
     switch (field) {
     case excel_field::number: return QString::number(number);
     case time_zone: return QStringLiteral("UTC+08:00");
     case time: return QStringLiteral("2025/1/15  9:30:00");
     case end_time: return QStringLiteral("2025/1/15  10:30:00");
     case id: return QStringLiteral("00000000");
-    case excel_field::mode: return mode_code_to_text(QStringLiteral("1"), language);
+    case excel_field::mode: return mode_code_to_text(common_mode, language);
     case area_unit: return QStringLiteral("MU");
     case length_unit: return QStringLiteral("Meter");
     case currency: return QStringLiteral("Yuan");
@@ -69,7 +70,7 @@ void save_excel_template(const QString& path, int language)
                 if (field >= point_number)
                     text = example_point(field, point + 1, place);
                 else if (point == 0)
-                    text = example_summary(field, row / points_each + 1, language);
+                    text = example_summary(kind, field, row / points_each + 1, language);
                 workbook.write(sheet, static_cast<int>(at), text);
             }
         }

@@ -13,6 +13,9 @@ class QStandardItemModel;
 class QWebEngineView;
 class graphic_widget;
 
+/// Logs the parameters of an export's coordinate system at debug level.
+void log_parameters(const model_param& param);
+
 /// Writes ticked measurements to files, and pictures. It is a thread by type
 /// only: its slots run in the main thread, where they may read the table's model
 /// and open boxes.

@@ -34,6 +34,8 @@ public:
     std::vector<DL_PointData> points;
     std::vector<DL_LineData> lines;
     std::vector<polyline> polylines;
+    std::vector<DL_ArcData> arcs;       ///< stays empty
+    std::vector<DL_CircleData> circles; ///< stays empty
     std::vector<DL_SolidData> solids;
     std::vector<DL_TextData> texts;
     std::vector<DL_MTextData> mtexts;

@@ -6,6 +6,7 @@ workbook.py resave FILE TO       opened and saved anew by openpyxl
 workbook.py corpus FILE FOLDER   variants of a workbook that the program wrote,
                                  as other programs and bad ones would write it
 """
+import datetime
 import io
 import json
 import re
@@ -103,6 +104,41 @@ def in_runs(place, style, text):
             f'<r><t>{text[1:]}</t></r></is></c>')
 
 
+NUMBERS = {"E2": "20000000", "H2": "1E+20", "K2": "100000", "M2": "1.1000000000000001",
+           "O2": "0.5", "P2": "1E-05"}
+
+
+def with_numbers(parts, kind):
+    """Numbers as spreadsheets store them, with and without the type of the cell."""
+    return each_cell(parts, lambda place, style, text: (
+        f'<c r="{place}" s="{style}"{kind}><v>{NUMBERS[place]}</v></c>' if place in NUMBERS
+        else text_cell(place, style, text)))
+
+
+def written_date(place, style, text):
+    if place != "C2":
+        return text_cell(place, style, text)
+    return f'<c r="{place}" s="{style}" t="d"><v>2026-03-05T07:08:09</v></c>'
+
+
+def partly_bold(xml):
+    """As somebody leaves it who makes the first letter of every text bold."""
+    return re.sub(r"<t>(\w)([^<]+)</t>",
+                  r'<r><rPr><b/></rPr><t>\1</t></r><r><t xml:space="preserve">\2</t></r>', xml)
+
+
+def dates(path, target, epoch):
+    """Real dates in the cells, the first day of a leap year that never was among them."""
+    book = openpyxl.load_workbook(path)
+    book.epoch = epoch
+    sheet = book.worksheets[0]
+    for place, value in {"C2": datetime.datetime(2026, 3, 5, 7, 8, 9), "D2": 59, "C5": 61.5,
+                         "D5": 0.25}.items():
+        sheet[place].value = value
+        sheet[place].number_format = "yyyy-mm-dd hh:mm:ss"
+    book.save(target)
+
+
 def replaced(parts, name, pattern, text):
     xml, count = re.subn(pattern, text, parts[name].decode(), flags=re.S)
     assert count, f"nothing like {pattern} in {name}"
@@ -131,6 +167,11 @@ def corpus(path, folder):
     # Sound workbooks, as other programs write them.
     save("inline", each_cell(parts, text_cell))
     save("numbers", each_cell(parts, number_cell))
+    save("typed-numbers", with_numbers(parts, ' t="n"'))
+    save("untyped-numbers", with_numbers(parts, ""))
+    save("shared-runs", {**parts, STRINGS: partly_bold(parts[STRINGS].decode()).encode()})
+    dates(path, f"{folder}/dates-1900.xlsx", openpyxl.utils.datetime.WINDOWS_EPOCH)
+    dates(path, f"{folder}/dates-1904.xlsx", openpyxl.utils.datetime.MAC_EPOCH)
     save("formulas", each_cell(parts, formula_cell))
     save("absolute", renamed_relations(parts, lambda xml: re.sub('Target="', 'Target="/xl/', xml)))
     save("strict", renamed_relations(parts, lambda xml: xml.replace(
@@ -164,10 +205,12 @@ def corpus(path, folder):
     # Workbooks that cannot be read.
     save("formulas-never-computed", each_cell(parts, lambda *cell: formula_cell(*cell, False)))
     save("runs", each_cell(parts, in_runs))
+    save("written-dates", each_cell(parts, written_date))
     save("cell-twice", replaced(parts, SHEET, 'r="B2"', 'r="C2"'))
     save("damaged-sheet", replaced(parts, SHEET, '<c r="B5"', '<c r="B5<'))
     save("odd-place", replaced(parts, SHEET, 'r="B2"', 'r="2B"'))
-    save("far-row", replaced(parts, SHEET, 'r="B2"', 'r="B2000000000"'))
+    save("far-row", replaced(parts, SHEET, 'r="B2"', 'r="B1048577"'))
+    save("far-column", replaced(parts, SHEET, 'r="B2"', 'r="XFE2"'))
     save("no-places", replaced(parts, SHEET, r'<c r="\w+"', "<c"))
     save("no-workbook", without(parts, "xl/workbook.xml"))
     save("no-relations", without(parts, "_rels/.rels"))
@@ -180,12 +223,16 @@ def corpus(path, folder):
     save("entities", {**parts, SHEET: b'<?xml version="1.0"?><!DOCTYPE w [<!ENTITY a "aaaaaaaaaa">'
                       + b"".join(b'<!ENTITY %c "%s">' % (98 + i, b"&%c;" % (97 + i) * 10)
                                  for i in range(9))
-                      + b"]><worksheet><sheetData><row><c><v>&j;</v></c></row></sheetData>"
+                      + b"]><worksheet><sheetData><row><c r='A1'><v>&j;</v></c></row></sheetData>"
                         b"</worksheet>"})
     save("dialog-sheet", renamed_relations(
         parts, lambda xml: xml.replace("relationships/worksheet", "relationships/dialogsheet", 1)))
-    save("million-cells-a-sheet", with_rows(parts, "".join(
-        f'<row r="{row}">' + "<c/>" * 12 + "</row>" for row in range(9, 1_000_001))))
+    # Small archives that would take more memory than a million points do.
+    save("many-cells", with_rows(parts, "".join(
+        f'<row r="{row}">' + "".join(f'<c r="{column}{row}"/>' for column in "ABCDEFG") + "</row>"
+        for row in range(9, 950_001))))
+    save("many-strings", {**parts, STRINGS: parts[STRINGS].replace(
+        b"</sst>", b"<si><t/></si>" * 4_100_000 + b"</sst>")})
     save("empty-archive", {})
     save("another-archive", {"a.txt": b"a letter"})
 
