@@ -17,6 +17,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <clocale>
+#include <locale>
+
 #ifdef Q_OS_UNIX
 #include <sys/stat.h>
 #include <unistd.h>
@@ -178,7 +181,9 @@ private slots:
     void degrees_are_scaled_in_all_spherical_modes();
     void plane_coordinates_lose_their_zone();
     void damaged_lines_are_passed_over();
+    void empty_parts_are_passed_over();
     void a_record_without_points_draws_nothing();
+    void a_record_without_points_gets_an_empty_file();
     void folders_are_made();
     void a_folder_that_cannot_be_made_is_told();
     void a_file_that_cannot_be_opened_is_told();
@@ -191,6 +196,8 @@ private slots:
 
     // reading
     void what_was_written_comes_back();
+    void degrees_are_read_in_all_spherical_modes();
+    void equal_entities_are_all_read();
     void time_loses_its_separators_from_the_second_record_on();
     void waypoints_in_plane_modes_do_not_survive();
     void polylines_are_taken_for_zone_39();
@@ -204,9 +211,19 @@ private slots:
     void only_regular_files_are_read();
     void hostile_drawings_are_refused_data();
     void hostile_drawings_are_refused();
+#ifdef Q_OS_LINUX
+    void a_refused_drawing_is_closed();
+#endif
+
+    // the store
+    void blocks_keep_their_entities();
+    void lines_of_blocks_are_not_counted();
 
 private:
-    QString path(const QString& name) const { return m_folder->filePath(name); }
+    QString path(const QString& name) const
+    {
+        return m_folder->filePath(name);
+    }
     QString write(const QString& name, const QByteArray& text) const;
     void write_merged(const QList<exportRecord>& records, int mode = 0,
                       const CoordinateSystem& system = system_at(105));
@@ -289,13 +306,18 @@ void test_dxf::sections_and_tables_stand_in_their_order()
                                        "ENTITIES", "OBJECTS"}));
     QCOMPARE(all.last(), (group{0, "EOF"}));
 
+    // Handles count from 48; those below are the library's tables.
+    QCOMPARE(values(table(all, "VPORT"), 5).value(1), QByteArray("30"));
+
     const groups linetypes = table(all, "LTYPE");
+    QCOMPARE(values(linetypes, 70), (QList<QByteArray>{"3", "0", "0", "0"})); // count, flags
     QCOMPARE(values(linetypes, 2), (QList<QByteArray>{"BYBLOCK", "BYLAYER", "CONTINUOUS"}));
     QCOMPARE(values(linetypes, 73), QList<QByteArray>(3, "0"));   // elements
     QCOMPARE(values(linetypes, 40), QList<QByteArray>(3, "0.0")); // pattern length
 
     const groups layers = table(all, "LAYER");
     QCOMPARE(values(layers, 2), (QList<QByteArray>{"0", "mainlayer", "anotherlayer"}));
+    QCOMPARE(values(layers, 70), (QList<QByteArray>{"3", "0", "0", "0"}));
     QCOMPARE(values(layers, 62), (QList<QByteArray>{"250", "250", "5"}));
     QCOMPARE(values(layers, 6), QList<QByteArray>(3, "CONTINUOUS"));
     QCOMPARE(values(layers, 370), QList<QByteArray>(3, "100"));
@@ -303,6 +325,8 @@ void test_dxf::sections_and_tables_stand_in_their_order()
 
     const groups style = table(all, "STYLE");
     QCOMPARE(values(style, 2), QList<QByteArray>{"standard"});
+    QCOMPARE(values(style, 70), (QList<QByteArray>{"1", "0"}));
+    QCOMPARE(values(style, 71), QList<QByteArray>{"0"}); // generation flags
     QCOMPARE(values(style, 40), QList<QByteArray>{"2.5"});
     QCOMPARE(values(style, 41), QList<QByteArray>{"1.0"});
     QCOMPARE(values(style, 50), QList<QByteArray>{"0.0"});
@@ -311,6 +335,7 @@ void test_dxf::sections_and_tables_stand_in_their_order()
     QCOMPARE(values(style, 4), QList<QByteArray>{""});
 
     QCOMPARE(values(table(all, "APPID"), 2), QList<QByteArray>{"ACAD"});
+    QCOMPARE(values(table(all, "APPID"), 70), (QList<QByteArray>{"1", "0"}));
     for (const int size : {41, 42, 44, 147, 140})
         QCOMPARE(values(table(all, "DIMSTYLE"), size), QList<QByteArray>{"1.0"});
 
@@ -319,6 +344,9 @@ void test_dxf::sections_and_tables_stand_in_their_order()
              (QList<QByteArray>{"*Model_Space", "*Paper_Space", "*Paper_Space0"}));
     QCOMPARE(values(blocks, 0),
              (QList<QByteArray>{"BLOCK", "ENDBLK", "BLOCK", "ENDBLK", "BLOCK", "ENDBLK"}));
+    QCOMPARE(values(blocks, 70), QList<QByteArray>(3, "0"));
+    for (const int axis : {10, 20, 30})
+        QCOMPARE(values(blocks, axis), QList<QByteArray>(3, "0.0"));
 }
 
 void test_dxf::entities_have_their_attributes()
@@ -430,6 +458,26 @@ void test_dxf::damaged_lines_are_passed_over()
     QCOMPARE(values(entities, 10), (QList<QByteArray>{"104000000.0", "105000000.0"}));
     for (const char* line : {"104,31", "x,31,1", "104,31,1,5", "1e300,30,1"})
         QVERIFY(log.has(QStringLiteral("Invalid entry format:  \"%1\"").arg(line)));
+}
+
+void test_dxf::empty_parts_are_passed_over()
+{
+    write_merged({record("面积", {"104,,30,1", ",105,30,1,"})});
+    const groups entities = section(groups_of(path("out.dxf")), "ENTITIES");
+    QCOMPARE(values(entities, 10), (QList<QByteArray>{"104000000.0", "105000000.0"}));
+    QCOMPARE(values(entities, 20), (QList<QByteArray>{"30000000.0", "30000000.0"}));
+}
+
+void test_dxf::a_record_without_points_gets_an_empty_file()
+{
+    m_exporter->export_list = {record("面积", {}), record("航点", {"104,30,1"})};
+    m_exporter->more_dxf_export(0, {}, m_folder->path());
+    QCOMPARE(m_boxes->texts(), QStringList("dxf单数据分开导出成功"));
+    const groups empty = groups_of(path("exported_data_1.dxf"));
+    QCOMPARE(section(empty, "ENTITIES"), groups());
+    QCOMPARE(empty.last(), (group{0, "EOF"}));
+    QCOMPARE(values(section(groups_of(path("exported_data_2.dxf")), "ENTITIES"), 0),
+             QList<QByteArray>{"POINT"});
 }
 
 void test_dxf::a_record_without_points_draws_nothing()
@@ -624,6 +672,29 @@ void test_dxf::what_was_written_comes_back()
     measuringData rest = m_importer->table_list[1];
     rest.numpoint = rest.method = rest.time = rest.name = "0";
     QCOMPARE(rest, measuringData());
+}
+
+void test_dxf::degrees_are_read_in_all_spherical_modes()
+{
+    const QString from = write(
+        "degrees.dxf",
+        drawing(
+            point_entity("104500000", "30250000", "7") +
+            groups{{0, "LWPOLYLINE"}, {8, "0"}, {90, "1"}, {10, "-70250000"}, {20, "-33500000"}}));
+    for (const int mode : {0, 2, 3}) {
+        import(from, mode, system_at(117));
+        QCOMPARE(m_importer->data_msg, (QStringList{"104.500000000000,30.250000000000",
+                                                    "-70.250000000000,-33.500000000000"}));
+    }
+}
+
+void test_dxf::equal_entities_are_all_read()
+{
+    const groups line{{0, "LWPOLYLINE"}, {8, "0"}, {90, "1"}, {10, "1000000"}, {20, "2000000"}};
+    const groups point = point_entity("1000000", "2000000");
+    import(write("equal.dxf", drawing(point + line + point + line)));
+    QCOMPARE(m_importer->data_msg, QStringList(4, "1.000000000000,2.000000000000"));
+    QCOMPARE(m_importer->table_list.size(), 4);
 }
 
 void test_dxf::time_loses_its_separators_from_the_second_record_on()
@@ -862,11 +933,23 @@ void test_dxf::truncated_drawings_end()
     const QByteArray text = whole.readAll();
     const qsizetype entities = text.indexOf("ENTITIES");
     QVERIFY(entities > 0);
+    // An entity is there as soon as the next one begins.
+    const qsizetype has_point = text.indexOf("LWPOLYLINE") + 11;
+    const qsizetype has_line = text.indexOf("ENDSEC", has_point) + 7;
+    QVERIFY(has_point > entities && has_line > has_point);
     for (qsizetype size = 0; size < text.size(); size += size < entities ? 801 : 13) {
         m_boxes->boxes.clear();
         import(write("cut.dxf", text.left(size)));
         QCOMPARE(m_boxes->texts(), QStringList("dxf文件导入成功"));
         QVERIFY(m_importer->table_list.size() <= 2);
+        if (size < entities)
+            QCOMPARE(m_importer->table_list.size(), 0);
+        if (size >= has_point)
+            QCOMPARE(m_importer->data_msg.value(0), "104.500000000000,30.250000000000");
+        if (size >= has_line)
+            QCOMPARE(m_importer->data_msg.value(1),
+                     "104.500000000000,30.250000000000,104.600000000000,30.250000000000,"
+                     "104.600000000000,30.350000000000");
     }
 }
 
@@ -965,6 +1048,80 @@ void test_dxf::hostile_drawings_are_refused()
     import(write("hostile.dxf", text));
     QCOMPARE(m_boxes->texts(), QStringList("打开dxf文件失败"));
     QCOMPARE(m_delivered, 0);
+    QCOMPARE(m_importer->table_list.size(), 0);
+}
+
+#ifdef Q_OS_LINUX
+/// Neither the file nor the locale stays as the library has it while it reads.
+void test_dxf::a_refused_drawing_is_closed()
+{
+    const std::locale before = std::locale::global(std::locale("C.UTF-8"));
+    const QString sound = write("sound.dxf", drawing(point_entity("1", "2")));
+    const QString hostile = write("hostile.dxf", drawing({{0, "LWPOLYLINE"}, {90, "2000000000"}}));
+    for (const QString& from : {sound, hostile}) {
+        import(from);
+        QCOMPARE(std::locale().name(), std::string("C.UTF-8"));
+        QCOMPARE(std::setlocale(LC_NUMERIC, nullptr), "C.UTF-8");
+        const QDir open("/proc/self/fd");
+        QVERIFY(open.count() > 2);
+        for (const QFileInfo& one : open.entryInfoList(QDir::Files | QDir::System))
+            QVERIFY(one.symLinkTarget() != from);
+    }
+    QCOMPARE(m_boxes->texts(), (QStringList{"dxf文件导入成功", "打开dxf文件失败"}));
+    std::locale::global(before);
+}
+#endif
+
+void test_dxf::blocks_keep_their_entities()
+{
+    const DL_LineData line(1, 2, 3, 4, 5, 6);
+    const DL_MTextData mtext(0, 0, 0, 1, 0, 0, 1, 1, 1, 1, 1, 1, "a", "standard", 0);
+    Test_CreationClass store;
+    QVERIFY(!store.in_block);
+    store.addBlock({"full", 0, 0, 0, 0});
+    QVERIFY(store.in_block);
+    store.addLine(line);
+    store.addLine(line);
+    store.addSolid({});
+    store.addMText(mtext);
+    store.addPoint({1, 2, 3});
+    store.addText({0, 0, 0, 0, 0, 0, 1, 1, 0, 0, 0, "a", "standard", 0});
+    store.endBlock();
+    QVERIFY(!store.in_block);
+    QCOMPARE(store.blocks.size(), 1U);
+    QCOMPARE(store.blocks[0].lines.size(), 2U);
+    QCOMPARE(store.blocks[0].solids.size(), 1U);
+    QCOMPARE(store.blocks[0].mtexts.size(), 1U);
+    QVERIFY(store.lines.empty() && store.solids.empty() && store.mtexts.empty());
+    QCOMPARE(store.points.size(), 1U); // those of blocks stand with the others
+    QCOMPARE(store.texts.size(), 1U);
+
+    store.addBlock({"of a point", 0, 0, 0, 0});
+    store.addPoint({1, 2, 3});
+    store.endBlock();
+    QCOMPARE(store.blocks.size(), 1U); // nothing of its own: it goes
+    QCOMPARE(store.points.size(), 2U);
+
+    store.addLine(line);
+    store.addSolid({});
+    store.addMText(mtext);
+    QCOMPARE(store.lines.size(), 1U);
+    QCOMPARE(store.solids.size(), 1U);
+    QCOMPARE(store.mtexts.size(), 1U);
+    QCOMPARE(store.blocks[0].lines.size(), 2U);
+    QVERIFY(store.arcs.empty() && store.circles.empty());
+}
+
+void test_dxf::lines_of_blocks_are_not_counted()
+{
+    const groups line{{0, "LINE"}, {8, "0"}, {10, "1"}, {20, "2"}, {11, "3"}, {21, "4"}};
+    const groups head{{0, "BLOCK"}, {8, "0"}, {2, "well"}, {70, "0"}, {10, "0"}, {20, "0"}};
+    const log_capture log;
+    import(write("lines.dxf", drawing(line + line, head + line +
+                                                       groups{{0, "ENDBLK"},
+                                                              { 8,
+                                                                "0" }})));
+    QVERIFY(log.has("点数: 0 多边数: 0 线数: 2"));
     QCOMPARE(m_importer->table_list.size(), 0);
 }
 

@@ -57,6 +57,12 @@ QList<exportRecord> sample_export()
     bare_distance.method = "距离";
     bare_distance.zj = "55.5";
     records.append(bare_distance);
+    // Its identity counts for the straight line, not the line's own value.
+    exportRecord no_straight;
+    no_straight.method = "距离";
+    no_straight.id = "7";
+    no_straight.zj = "0";
+    records.append(no_straight);
     return records;
 }
 
@@ -666,7 +672,22 @@ void test_excel_export::template_is_filled_with_examples()
     QCOMPARE(area.mid(7),
              (QStringList{"0", "MU", "0", "0", "Meter", "0", "Yuan", "0", "0", "WGS - 84", "", "1",
                           "2025/1/15  9:30:00", "103.96511311", "30.96511311", "0", "0"}));
-    QCOMPARE(book[3].rows[1][4], QStringLiteral("3")); // as many as the points that follow
+    QCOMPARE(area[5], language == 0 ? "普通面积" : "Common Area");
+    const QString times = "UTC+08:00|2025/1/15  9:30:00";
+    const QString both_times = times + "|2025/1/15  10:30:00";
+    const QString distance_mode = language == 0 ? "普通距离" : "Ordinary Distance";
+    const auto first_row = [&book](int kind) { return book[kind].rows[1].join('|'); };
+    QCOMPARE(first_row(1), "1|" + both_times + "|00000000|" + distance_mode +
+                               "|Meter|0|0|Yuan|0|0|WGS - 84||1|2025/1/15  9:30:00|"
+                               "103.96571311|30.96571311|0|0");
+    // The count is that of the points that follow.
+    const QString end = "|Meter|0|WGS - 84||1|2025/1/15  9:30:00|0|";
+    QCOMPARE(first_row(3), "1|" + times +
+                               "|00000000|3|Meter|0|MU|0|WGS - 84||1|"
+                               "2025/1/15  9:30:00|0|103.96661311|30.96661311|0|0");
+    QCOMPARE(first_row(4),
+             "1|" + both_times + "|00000000|3" + end + "103.96721311|30.96721311|0|0");
+    QCOMPARE(first_row(5), "1|" + times + "|00000000|3" + end + "103.96781311|30.96781311|0|0");
     QCOMPARE(book[2].rows[1].first(6),
              (QStringList{"1", "UTC+08:00", "00000000", "WGS - 84", "2025/1/15  9:30:00", "0"}));
 }

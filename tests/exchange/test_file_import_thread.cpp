@@ -2,6 +2,7 @@
 // results and the comparison of the records of one file.
 
 #include "coordinates/json_file_manager.h"
+#include "exchange/excel_template.h"
 #include "exchange/file_import_thread.h"
 #include "support/box_watcher.h"
 #include "support/log_capture.h"
@@ -60,6 +61,7 @@ private slots:
     void init();
     void suffix_chooses_the_reader_data();
     void suffix_chooses_the_reader();
+    void drawings_and_workbooks_reach_their_readers();
     void other_suffixes_are_ignored_data();
     void other_suffixes_are_ignored();
     void an_empty_path_stops_after_the_lists_are_emptied();
@@ -129,10 +131,28 @@ void test_file_import_thread::suffix_chooses_the_reader()
     QCOMPARE(m_importer.table_list.size(), 1);
 }
 
+void test_file_import_thread::drawings_and_workbooks_reach_their_readers()
+{
+    box_watcher watcher;
+    m_importer.import_file(write("a.dxf", "0\nSECTION\n2\nENTITIES\n0\nPOINT\n8\n0\n10\n104500000\n"
+                                          "20\n30250000\n30\n7\n0\nENDSEC\n0\nEOF\n"),
+                           0, &m_store, 0);
+    QCOMPARE(m_importer.data_msg_altitude, QStringList("104.500000000000,30.250000000000,7.0\n"));
+    const QString workbook = m_folder.filePath("a.xlsx");
+    save_excel_template(workbook, 1);
+    m_importer.import_file(workbook, 0, &m_store, 0);
+    QCOMPARE(m_importer.table_list.size(), 13); // the examples
+    QCOMPARE(m_importer.table_list[0].method, QStringLiteral("面积"));
+    QCOMPARE(watcher.texts(),
+             (QStringList{"dxf文件导入成功", "Excel file template has been downloaded",
+                          "Excel多数据文件导入成功"}));
+}
+
 void test_file_import_thread::other_suffixes_are_ignored_data()
 {
     QTest::addColumn<QString>("name");
-    for (const char* name : {"a.CSV", "a.Csv", "a.KML", "a.xls", "a.txt", "csv", "a.csv.bak"})
+    for (const char* name :
+         {"a.CSV", "a.Csv", "a.KML", "a.xls", "a.txt", "csv", "a.csv.bak", "a.DXF", "a.XLSX"})
         QTest::newRow(name) << QString(name);
 }
 
