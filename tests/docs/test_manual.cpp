@@ -176,8 +176,9 @@ messages box_messages()
         R"(\b(show_box|show_information|show_warning|show_message_box|warn|notify|tell)"
         R"(|warn_about_row|finish_export|export_merged|export_each|ways\.append|box\.setText)"
         R"(|QMessageBox::(information|warning|critical|question))\()"));
-    static const QRegularExpression makes(QStringLiteral(
-        R"((^|\)\s*)(return\b|(const )?(QString )?(error|message|text|done) \+?=))"));
+    static const QRegularExpression makes(
+        QStringLiteral(R"((^|\)\s*|\bcase [\w:]+\s+)(return\b)"
+                       R"(|(const )?(QString )?(error|message|text|done) \+?=))"));
     static const QRegularExpression logs(QStringLiteral(R"(\bq(C?)(Debug|Warning)\()"));
     static const QRegularExpression constant(
         QStringLiteral(R"(const QString (\w+) = QStringLiteral\(\x22([^\x22]*)\x22\);)"));
