@@ -129,11 +129,11 @@ void test_map_recovery::an_endless_script_ends_by_itself()
     m_page->patience = 3;
     QSignalSpy ended(m_page, &QWebEnginePage::renderProcessTerminated);
     QSignalSpy loaded(m_page, &QWebEnginePage::loadFinished);
-    // Only what is loaded after the end counts.
-    connect(m_page, &QWebEnginePage::renderProcessTerminated, &loaded, &QSignalSpy::clear);
     tick(u"126.65,45.75,(() => { %1 })(),45.751"_s.arg(script));
     QTRY_VERIFY_WITH_TIMEOUT(ended.size() > 0, 60'000);
     QTRY_VERIFY_WITH_TIMEOUT(loaded.size() > 0 && loaded.last().first().toBool(), 60'000);
+    // The engine may call the page that was just ended loaded, too: only the next one answers.
+    QVERIFY(map_view::comes_true(*m_view, u"typeof VelmoMap === 'object'"_s));
     QCOMPARE(m_window->table_list.size(), 1);
     QCOMPARE(m_page->url(), map_page::url_of(u"/index.html"_s));
     goes_on();
