@@ -61,25 +61,32 @@ if command -v lintian >/dev/null; then
 fi
 
 try_program() {
-  as_person sh -c 'cd && xvfb-run -s "-screen 0 1600x1000x24" sh /tmp/use-velmo'
+  rm -rf "$work/home/person/tried"
+  as_person mkdir /home/person/tried
+  as_person sh -c 'cd ~/tried && xvfb-run -s "-screen 0 1600x1000x24" sh /tmp/use-velmo' 2>"$result/use.log"
 }
 cat >"$work/tmp/use-velmo" <<'USE'
-openbox &
-velmo_calculation_server >/tmp/calculation.log &
-velmo_instrument --adb >/tmp/instrument.log &
-sleep 1
-QTWEBENGINE_DISABLE_SANDBOX=1 velmo >/tmp/velmo.log 2>&1 &
-program=$!
-timeout 120 xdotool search --sync --onlyvisible --name 串口 >/dev/null || echo "no box says that the instrument is found"
+set -e
+openbox & manager=$!
+velmo_calculation_server >calculation.log & server=$!
+velmo_instrument --adb >instrument.log & instrument=$!
+sleep 2
+QTWEBENGINE_DISABLE_SANDBOX=1 velmo >velmo.log 2>&1 & program=$!
+box_says() {
+  timeout 180 xdotool search --sync --onlyvisible --name "$1" >/dev/null || { echo "no box says that $2"; exit 1; }
+}
+box_says 串口 "the instrument is found"
+import -window root found.png
 xdotool key Return
-sleep 1
+sleep 2
 xdotool key F5
-timeout 120 xdotool search --sync --onlyvisible --name 数据读取 >/dev/null || echo "no box says that the read has ended"
-import -window root /tmp/velmo.png
-grep -q listening /tmp/calculation.log || echo "no calculation server"
+box_says 数据读取 "the read has ended"
+sleep 2
+import -window root read.png
+grep -q listening calculation.log
 kill $program
 adb kill-server
-kill %2 %3
+kill $instrument $server $manager
 USE
 
 echo "Installing"
@@ -93,8 +100,7 @@ inside man -P cat velmo velmo_instrument velmo_calculation_server | grep -c .
 
 echo "Using it"
 try_program
-cp "$work/tmp/velmo.png" "$result/window.png"
-cp "$work/tmp/velmo.log" "$result/velmo.log"
+cp "$work"/home/person/tried/*.{png,log} "$result/"
 
 echo "Removing it with all that came"
 inside sh -c "apt-get purge -y -qq ${ours[*]} && apt-get autoremove --purge -y -qq" >"$result/purge.log" 2>&1
@@ -103,7 +109,8 @@ packages | diff "$result/packages-before" - && echo "The same packages as before
 echo "Looking for what is left"
 # shellcheck disable=SC2046 # one word for each package
 inside apt-get install -y -qq $(grep -vxF "$(printf '%s\n' "${ours[@]}")" "$result/packages-brought") >>"$result/install.log" 2>&1
-rm -rf "$work/home/person"/.[!.]* "$work/tmp"/velmo* "$work/tmp"/calculation* "$work/tmp"/instrument*
+rm -rf "$work/home/person"
+inside mkhomedir_helper person
 # Content of all files but dpkg's own books.
 content() {
   (cd "$work" && find . -xdev \( -path ./proc -o -path ./dev -o -path ./sys -o -path ./tmp -o -path ./var/log \
@@ -126,4 +133,4 @@ if grep -v '  ./home/person' "$result/left"; then
   echo "That was left behind outside the person's own folder."
   exit 1
 fi
-echo "Nothing but the person's own is left. Picture of the window: build/packages/window.png"
+echo "Nothing but the person's own is left. Pictures: build/packages/"
