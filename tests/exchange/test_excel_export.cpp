@@ -508,7 +508,7 @@ void test_excel_export::literal_cells()
     QCOMPARE(read[path("seconds.xlsx")][0].rows[1].mid(20, 2),
              (QStringList{"104°01′14.07″", "30°36′40.74″"}));
 
-    const read_sheet& xy = read[path("xy.xlsx")][0];
+    const read_sheet xy = read[path("xy.xlsx")][0];
     QCOMPARE(xy.rows[0], (QStringList{"序号", "定位时间", "带号", "X", "Y", "海拔",
                                       "精度因子（HDOP）", "速度", "航向角"}));
     QCOMPARE(xy.rows[1], (QStringList{"1", "2024-3-5 9:0:0", "39", "3347932.81", "548122.06",
