@@ -96,7 +96,7 @@ comm -13 "$result/packages-before" "$result/packages-after" >"$result/packages-b
 echo "$(wc -l <"$result/packages-brought") packages came, ours among them"
 inside desktop-file-validate /usr/share/applications/velmo.desktop
 inside appstreamcli validate --no-net --pedantic /usr/share/metainfo/example.marlund.velmo.metainfo.xml || true
-inside man -P cat velmo velmo_instrument velmo_calculation_server | grep -c .
+as_person man -P cat velmo velmo_instrument velmo_calculation_server | grep -c .
 
 echo "Using it"
 try_program
