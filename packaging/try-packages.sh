@@ -103,8 +103,11 @@ try_program
 cp "$work"/home/person/tried/*.{png,log} "$result/"
 
 echo "Removing it with all that came"
-inside sh -c "apt-get purge -y -qq ${ours[*]} && apt-get autoremove --purge -y -qq" >"$result/purge.log" 2>&1
-packages | diff "$result/packages-before" - && echo "The same packages as before"
+# With what other packages would like to have as well: it came with ours.
+inside sh -c "apt-get purge -y -qq ${ours[*]} && apt-get autoremove --purge -y -qq \
+  -o APT::AutoRemove::RecommendsImportant=false -o APT::AutoRemove::SuggestsImportant=false" >"$result/purge.log" 2>&1
+packages | diff "$result/packages-before" - || { echo "These packages were left"; exit 1; }
+echo "The same packages as before"
 
 echo "Looking for what is left"
 # shellcheck disable=SC2046 # one word for each package
@@ -123,7 +126,7 @@ content >"$result/content-installed"
 try_program
 inside dpkg -P "${ours[@]}" >>"$result/purge.log" 2>&1
 content >"$result/content-after"
-echo "$(comm -13 "$result/content-before" "$result/content-installed" | wc -l) files, folders and links were there or other than before. Now:"
+echo "$(diff "$result/content-before" "$result/content-installed" | grep -c '^>') files, folders and links had come or changed. Left of it:"
 if diff "$result/content-before" "$result/content-after" | grep '^[<>]' >"$result/left"; then
   cat "$result/left"
 else
