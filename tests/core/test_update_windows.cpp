@@ -163,6 +163,11 @@ void test_update_windows::the_check_is_made_when_the_window_opens()
     m_server->answers["/software_update.json"] = {
         .body = R"({"VerisonObj":{"LatestVersion":"V3.2.3"}})"};
     QSignalSpy asked(m_window, &MainWindow::send_btm_sign_to_threadkey_software_upgrade);
+    // The window is there already when the host is asked.
+    bool shown_by_then = false;
+    const QMetaObject::Connection looked =
+        connect(m_window, &MainWindow::send_btm_sign_to_threadkey_software_upgrade, this,
+                [&] { shown_by_then = open_form<updateForm>() != nullptr; });
     box_watcher watcher;
     if (by_menu)
         m_window->ui->action_software->trigger();
@@ -174,6 +179,8 @@ void test_update_windows::the_check_is_made_when_the_window_opens()
     QCOMPARE(form->language, m_window->language);
     QCOMPARE(asked.size(), 1);
     QCOMPARE(asked[0], (QVariantList{"V3.2.3", m_window->language}));
+    QVERIFY(shown_by_then);
+    disconnect(looked);
     QTRY_COMPARE_WITH_TIMEOUT(watcher.boxes.size(), 1, patience_ms);
     QCOMPARE(watcher.boxes[0].text, QStringLiteral("当前已经是最新版本!"));
     QVERIFY(form->isVisible());
