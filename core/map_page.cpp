@@ -36,6 +36,9 @@ map_page::map_page(QObject* parent) : QWebEnginePage(parent)
                 setFeaturePermission(origin, feature, PermissionDeniedByUser);
             });
     settings()->setUnknownUrlSchemePolicy(QWebEngineSettings::DisallowUnknownUrlSchemes);
+    // A page that cannot be loaded leaves the map empty; the engine's own words,
+    // in a language of its own choosing, help nobody.
+    settings()->setAttribute(QWebEngineSettings::ErrorPageEnabled, false);
     // A name that is looked up tells a host as much as a request does.
     settings()->setAttribute(QWebEngineSettings::DnsPrefetchEnabled, false);
 

@@ -105,6 +105,7 @@ private slots:
     void units_of_the_panels_are_fixed();
     void long_texts_fit_their_places();
     void the_map_view_is_set_up();
+    void a_page_that_is_not_there_shows_nothing();
     void scripts_reach_the_page_in_order();
     void language_reaches_the_page();
     void map_options_work_like_radio_buttons();
@@ -936,6 +937,32 @@ void test_main_window::the_map_view_is_set_up()
     // It offers nothing.
     QCOMPARE(bridge::staticMetaObject.methodCount(), QObject::staticMetaObject.methodCount());
     QCOMPARE(bridge::staticMetaObject.propertyCount(), QObject::staticMetaObject.propertyCount());
+}
+
+void test_main_window::a_page_that_is_not_there_shows_nothing()
+{
+    // The page of the start has come to its end before.
+    QTRY_COMPARE_WITH_TIMEOUT(answer_of_page("document.readyState + ' ' + typeof VelmoMap"),
+                              QVariant("complete object"), 30'000);
+    QTRY_VERIFY_WITH_TIMEOUT(!m_ui->map->page()->isLoading(), 30'000);
+    box_watcher watcher;
+    const QString here = QDir::currentPath();
+    const QTemporaryDir empty;
+    QSignalSpy loaded(m_ui->map->page(), &QWebEnginePage::loadFinished);
+    QVERIFY(QDir::setCurrent(empty.path()));
+    m_ui->action_google->trigger();
+    const bool ended = QTest::qWaitFor([&] { return loaded.size() == 1; }, 30'000);
+    QVERIFY(QDir::setCurrent(here));
+    QVERIFY(ended);
+    QCOMPARE(loaded[0][0].toBool(), false);
+    QTRY_COMPARE_WITH_TIMEOUT(
+        answer_of_page("document.body ? document.body.innerText : ''").toString(), QString(),
+        30'000);
+    QCOMPARE(watcher.boxes.size(), 0);
+    // The way back is open.
+    m_ui->action_gaode->trigger();
+    QTRY_COMPARE_WITH_TIMEOUT(loaded.size(), 2, 30'000);
+    QCOMPARE(loaded[1][0].toBool(), true);
 }
 
 void test_main_window::scripts_reach_the_page_in_order()
