@@ -144,7 +144,7 @@ void MainWindow::start_web_view()
 
     // A page begins in Chinese; one that was loaded later learns the language here.
     connect(ui->map->page(), &QWebEnginePage::loadFinished, this, [this](bool loaded) {
-        if (loaded)
+        if (loaded && ui->map->url().isLocalFile()) // not what stands for a missing page
             run_script(QStringLiteral("changelanguage(%1)").arg(language));
     });
     load_page(QStringLiteral("/index.html"));
