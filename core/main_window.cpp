@@ -58,6 +58,7 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), ui(new Ui::MainWi
     connect_menus();
 
     style_buttons();
+    choose_qt_texts();
     // Round: half from the first to the last pixel, and one. A style sheet draws
     // a larger radius as a square.
     for (QLabel* lamp : {ui->LED, ui->LED_2}) {

@@ -21,6 +21,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDesktopServices>
+#include <QDialogButtonBox>
 #include <QDir>
 #include <QFile>
 #include <QFrame>
@@ -94,6 +95,7 @@ private slots:
     void language_clicked_twice_stays();
     void language_without_its_file_stays_in_the_old_one();
     void translators_of_earlier_switches_stay();
+    void qt_says_its_own_words_in_the_language();
     void headers_follow_at_the_next_rebuild();
 
     void lamps_share_the_text();
@@ -701,6 +703,23 @@ void test_main_window::translators_of_earlier_switches_stay()
         QVERIFY(QCoreApplication::removeTranslator(one)); // only what is installed goes
         QVERIFY(QCoreApplication::installTranslator(one));
     }
+}
+
+void test_main_window::qt_says_its_own_words_in_the_language()
+{
+    // The words under which a file dialog's and a box's buttons are made.
+    const auto save = [] { return QCoreApplication::translate("QFileDialog", "&Save"); };
+    const auto cancel = [] {
+        return QDialogButtonBox().addButton(QDialogButtonBox::Cancel)->text();
+    };
+    QCOMPARE(save(), QStringLiteral("保存(&S)"));
+    QCOMPARE(cancel(), QStringLiteral("取消"));
+    choose_english();
+    QCOMPARE(save(), QStringLiteral("&Save"));
+    QCOMPARE(cancel(), QStringLiteral("Cancel"));
+    choose_chinese();
+    QCOMPARE(save(), QStringLiteral("保存(&S)"));
+    QCOMPARE(cancel(), QStringLiteral("取消"));
 }
 
 // What comes back
