@@ -118,9 +118,10 @@ echo "Looking for what is left"
 inside apt-get install -y -qq $(grep -vxF "$(printf '%s\n' "${ours[@]}")" "$result/packages-brought") >>"$result/install.log" 2>&1
 rm -rf "$work/home/person"
 inside mkhomedir_helper person
-# Content of all files but dpkg's own books.
+# Content of all files but the books of dpkg and of man-db, which indexes the
+# manual pages of all languages anew whenever a package brings one.
 content() {
-  (cd "$work" && find . -xdev \( -path ./proc -o -path ./dev -o -path ./sys -o -path ./tmp -o -path ./var/log \
+  (cd "$work" && find . -xdev \( -path ./proc -o -path ./dev -o -path ./sys -o -path ./tmp -o -path ./var/log -o -path ./var/cache/man \
     -o -path './var/lib/dpkg/*-old' -o -path ./var/lib/dpkg/status \) -prune \
     -o \( -type f -exec sha256sum {} + \) -o \( -type l -printf '%l  %p\n' \) -o -printf '%y  %p\n' | sort -k 2)
 }
