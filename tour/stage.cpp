@@ -32,8 +32,8 @@ void check(bool holds, const QString& what)
         throw step_failed(what);
 }
 
-stage::stage(const QString& picture_folder, local_server& tiles)
-    : m_folder(picture_folder), m_tiles(tiles)
+stage::stage(const QString& picture_folder, local_server& tiles, int patience)
+    : m_folder(picture_folder), m_tiles(tiles), m_patience(patience)
 {
     QDir().mkpath(m_folder);
 }
@@ -47,7 +47,8 @@ void stage::xdotool(const QStringList& arguments)
 {
     QProcess process;
     process.start(QStringLiteral("xdotool"), arguments);
-    if (!process.waitForFinished(10'000) || process.exitCode() != 0)
+    constexpr int longest = 60'000; // ms, on a busy machine
+    if (!process.waitForFinished(longest) || process.exitCode() != 0)
         throw step_failed(QStringLiteral("xdotool %1: %2")
                               .arg(arguments.join(QLatin1Char(' ')),
                                    QString::fromLocal8Bit(process.readAllStandardError())));
@@ -56,7 +57,7 @@ void stage::xdotool(const QStringList& arguments)
 void stage::wait_for(const QString& what, const std::function<bool()>& condition,
                      int timeout_ms) const
 {
-    const QDeadlineTimer deadline(timeout_ms);
+    const QDeadlineTimer deadline(qint64{timeout_ms} * m_patience);
     while (!see(condition)) {
         if (deadline.hasExpired())
             throw step_failed(QStringLiteral("waited in vain: %1").arg(what));

@@ -31,7 +31,8 @@ void check(bool holds, const QString& what);
 class stage
 {
 public:
-    stage(const QString& picture_folder, local_server& tiles);
+    /// All waits last `patience` times as long as they say before they fail.
+    stage(const QString& picture_folder, local_server& tiles, int patience = 1);
 
     /// Runs `look` in the GUI thread and returns what it returns.
     template <typename Look>
@@ -95,4 +96,5 @@ private:
 
     QString m_folder;
     local_server& m_tiles;
+    int m_patience;
 };
