@@ -264,6 +264,8 @@ public:
 
     /// Rounds until `minutes` have passed.
     void run(int minutes);
+    /// Whether the instruments that should be there are.
+    void say_instruments();
 
 private:
     struct floor
@@ -291,14 +293,17 @@ private:
     void attach_adb(const contents& memory, const QStringList& faults = {});
     void detach_adb();
     void attach_serial(const contents& memory, const QStringList& more = {});
+    void unplug_serial();
     void detach_serial();
     void detach_all();
     void count_broken_read(const contents& memory, const ledger& before);
 
     void open_import();
     qsizetype import_file(const QString& path, const QString& box);
+    void import_plain();
     void export_ticked(const format& one, const QString& path);
     QList<mark> ticked_marks();
+    void add_imported(const format& one, const QList<mark>& written);
 
     // Acts.
     void everything_at_once();
@@ -313,6 +318,7 @@ private:
     void upload();
     void forms();
     void edits_and_deletions();
+    void leave_little_behind();
 
     const stage m_at;
     local_server& m_tiles;
@@ -606,10 +612,20 @@ void load_run::attach_serial(const contents& memory, const QStringList& more)
     expect_boxes({attached_serial});
 }
 
-void load_run::detach_serial()
+/// Ends the instrument on the serial port, as a cable that is pulled out.
+void load_run::unplug_serial()
 {
+    m_at.see([this] {
+        m_usb.unplug();
+        return 0;
+    });
     m_serial.stop();
     m_serial_attached = false;
+}
+
+void load_run::detach_serial()
+{
+    unplug_serial();
     expect_boxes({lost_serial});
 }
 
@@ -659,6 +675,18 @@ qsizetype load_run::import_file(const QString& path, const QString& box)
     return m_at.see(rows) - before;
 }
 
+/// Imports the one line of the small file.
+void load_run::import_plain()
+{
+    open_import();
+    check(import_file(m_at.file(QStringLiteral("plain.kml")),
+                      QStringLiteral("导入: 自制kml文件导入成功")) >= 1,
+          QStringLiteral("nothing was imported"));
+    m_own.add(mark::of(QStringLiteral("One line"), QStringLiteral("航线"),
+                       {1045000000, 305000000, 1046000000, 306000000}));
+    close("input_window");
+}
+
 /// Exports what is ticked through the dialog.
 void load_run::export_ticked(const format& one, const QString& path)
 {
@@ -704,16 +732,7 @@ void load_run::everything_at_once()
              for (const int tab : {1, 3, 4, 0})
                  show_tab(tab);
          }},
-        {"import",
-         [&] {
-             open_import();
-             check(import_file(m_at.file(QStringLiteral("plain.kml")),
-                               QStringLiteral("导入: 自制kml文件导入成功")) >= 1,
-                   QStringLiteral("nothing was imported"));
-             m_own.add(mark::of(QStringLiteral("While reading"), QStringLiteral("航线"),
-                                {1045000000, 305000000, 1046000000, 306000000}));
-             close("input_window");
-         }},
+        {"import", [&] { import_plain(); }},
         {"ticks",
          [&] {
              m_at.click(m_at.see([] { return tables::cell(tables::main_view, 0, 0); }));
@@ -765,6 +784,26 @@ void load_run::everything_at_once()
     show_tab(0);
 }
 
+/// Enters what comes back from a file of these measurements. A Placemark without a
+/// figure has all of a KML file read as lines and points without names.
+void load_run::add_imported(const format& one, const QList<mark>& written)
+{
+    const QString staking_out = QStringLiteral("放样");
+    const bool kml = qstrcmp(one.suffix, "kml") == 0;
+    const bool nameless =
+        kml && std::any_of(written.cbegin(), written.cend(),
+                           [&](const mark& was) { return was.method == staking_out; });
+    for (mark was : written) {
+        if (!one.all_kinds && was.method == staking_out)
+            continue;
+        if (nameless) {
+            was.name = QStringLiteral("0");
+            was.method = was.points == 1 ? QStringLiteral("航点") : QStringLiteral("航线");
+        }
+        m_own.add(was);
+    }
+}
+
 void load_run::files_there_and_back()
 {
     delete_all();
@@ -803,11 +842,8 @@ void load_run::files_there_and_back()
             import_file(path, refused ? QStringLiteral("导入: csv文件导入失败")
                                       : QString::fromUtf8(one.imported));
             close("input_window");
-            for (const mark& was : ticked) {
-                const bool has_figure = was.method != QStringLiteral("放样");
-                if (!refused && (one.all_kinds || has_figure))
-                    m_own.add(was);
-            }
+            if (!refused)
+                add_imported(one, ticked);
         }
         QFile::remove(path);
         compare(QStringLiteral("an export and an import"));
@@ -991,8 +1027,7 @@ void load_run::pulled_cables()
     attach_serial(m_few, as_options({QStringLiteral("delay=250")}));
     start_reading();
     halfway();
-    m_serial.stop();
-    m_serial_attached = false;
+    unplug_serial();
     expect_boxes({lost_serial, read_broken});
     count_broken_read(m_few, {});
     compare(QStringLiteral("a read that was broken off"));
@@ -1134,6 +1169,23 @@ void load_run::edits_and_deletions()
     }
 }
 
+/// The parts that read, import and export keep the lists of their last use until the
+/// next. So that rounds can be compared, each ends with one measurement for each.
+void load_run::leave_little_behind()
+{
+    delete_all();
+    detach_all();
+    doing(QStringLiteral("one measurement imported, exported and in vain read"));
+    import_plain();
+    show_tab(0);
+    tick_all(true);
+    const QString path = m_at.file(QStringLiteral("one.gpx"));
+    export_ticked(formats[1], path);
+    QFile::remove(path);
+    read({not_connected});
+    compare(QStringLiteral("one measurement"));
+}
+
 // The whole
 
 /// Slope of the straight line through values one apart.
@@ -1187,6 +1239,14 @@ void load_run::report(const QList<floor>& floors) const
     check(growth < growth_limit, QStringLiteral("more is allocated in every round"));
 }
 
+void load_run::say_instruments()
+{
+    if (m_adb_attached)
+        say(QStringLiteral("  the instrument over adb ") + m_adb.state());
+    if (m_serial_attached)
+        say(QStringLiteral("  the instrument on the serial port ") + m_serial.state());
+}
+
 void load_run::run(int minutes)
 {
     QElapsedTimer clock;
@@ -1195,7 +1255,7 @@ void load_run::run(int minutes)
         QFile file(m_at.file(QStringLiteral("plain.kml")));
         check(file.open(QIODevice::WriteOnly), file.fileName());
         file.write("<kml xmlns=\"http://www.opengis.net/kml/2.2\"><Document><Placemark>\n"
-                   "<name>While reading</name><description>made elsewhere</description>\n"
+                   "<name>One line</name><description>made elsewhere</description>\n"
                    "<LineString><coordinates>\n104.5,30.5,500.1\n104.6,30.6,501.2\n"
                    "</coordinates></LineString></Placemark></Document></kml>\n");
     }
@@ -1224,8 +1284,8 @@ void load_run::run(int minutes)
         everything_at_once();
         for (size_t i = 0; i < acts_in_a_round; ++i)
             (this->*acts[next++ % acts.size()])();
+        leave_little_behind();
         delete_all();
-        detach_all();
         m_at.see([this] {
             m_tiles.requests.clear(); // the stage's own growth
             return 0;
@@ -1263,7 +1323,15 @@ void run_load(const QString& folder, local_server& tiles, cable& usb)
     const int minutes = qEnvironmentVariableIntValue("VELMO_LOAD_MINUTES", &told);
     const stage at(folder, tiles, stage_patience);
     try {
-        load_run(folder, tiles, usb).run(told ? minutes : usual_minutes);
+        {
+            load_run run(folder, tiles, usb);
+            try {
+                run.run(told ? minutes : usual_minutes);
+            } catch (const step_failed&) {
+                run.say_instruments();
+                throw;
+            }
+        }
         say(QStringLiteral("load: nothing lost, nothing doubled"));
         close_the_program(at);
     } catch (const step_failed& failure) {
