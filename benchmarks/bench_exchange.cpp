@@ -1,16 +1,13 @@
 // Import and export of KML, GPX and CSV beside GDAL and GPSBabel on the same files:
 // CPU seconds, wall seconds and memory, for a tenth of a million, one and four
 // million points in measurements of 1,000. The message boxes are left out, the four
-// lists of an import are not.
-//
-//   bench_exchange [MEASUREMENTS...]
+// lists of an import are not. The names are WORK/WHO/MEASUREMENTS.
 //
 // Each figure is taken in a process of its own, ours in the program's own process
 // from before the work to behind it, a peer's from its start to its end. Where a
 // peer can only convert, the time that it takes to read is taken off.
 
 #include "exchange/csv.h"
-#include "exchange/file_export_thread.h"
 #include "exchange/file_import_thread.h"
 #include "exchange/gpx.h"
 #include "exchange/kml.h"
@@ -20,13 +17,15 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QLoggingCategory>
-#include <QMap>
 #include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <fcntl.h>
 #include <functional>
+#include <map>
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -157,8 +156,7 @@ const work works[] = {
     {"write-csv",
      [](const QString& folder, int count) {
          return writing(folder + "/out.csv", count, [](QFile& file, const auto& list) {
-             const file_export_thread exporter;
-             exporter.write_csv_merged(file, list, 0, {});
+             write_csv_merged(file, list, {}, 0);
              file.open(QIODevice::Append); // which closed it
          });
      }},
@@ -264,16 +262,6 @@ cost run_own(const QString& folder, const QString& name, int count)
     return spent;
 }
 
-/// The run in the middle, by CPU.
-cost median(int runs, const std::function<cost()>& run)
-{
-    QList<cost> all;
-    for (int i = 0; i < runs; ++i)
-        all.append(run());
-    std::ranges::sort(all, {}, &cost::cpu);
-    return all[all.size() / 2];
-}
-
 /// The files that are read, and a plain table of the points for peers, which cannot
 /// read our CSV.
 bool make_files(const QString& folder, int count)
@@ -291,8 +279,7 @@ bool make_files(const QString& folder, int count)
     }
     write_kml(kml, list, 0);
     write_gpx_merged(gpx, list, 0);
-    const file_export_thread exporter;
-    exporter.write_csv_merged(csv, list, 0, {});
+    write_csv_merged(csv, list, {}, 0);
     write_kml(uneven, measurements(count, true), 0);
     one_line.write("<kml>");
     table.write("lon,lat,alt\n");
@@ -304,24 +291,6 @@ bool make_files(const QString& folder, int count)
     }
     one_line.write("</kml>");
     return true;
-}
-
-void say(int count, const char* what, const char* who, const cost& spent, double against)
-{
-    const double points = static_cast<double>(count) * points_each;
-    std::printf("%9.0f  %-18s %-22s ", points, what, who);
-    if (!spent.good) {
-        std::printf("failed\n");
-        return;
-    }
-    std::printf(
-        "cpu %7.3f s  wall %7.3f s  cpu a million %6.3f s  memory %6.0f MiB, %5.0f B a point",
-        spent.cpu, spent.wall, spent.cpu / points * 1e6, spent.memory,
-        spent.memory * 1024 * 1024 / points);
-    if (against > 0)
-        std::printf("  ratio of ours %.2f", against / spent.cpu);
-    std::printf("\n");
-    std::fflush(stdout);
 }
 
 struct peer
@@ -343,9 +312,9 @@ const QList<peer>& peers()
         {"read-kml", "GPSBabel", {"gpsbabel", "-i", "kml", "-f", "in.kml"}, {}},
         {"read-gpx", "GPSBabel", babel_gpx, {}},
         {"read-gpx", "GDAL", {"ogrinfo", "-so", "in.gpx", "track_points"}, {}},
-        {"read-csv", "GDAL, rows", gdal_rows, {}},
+        {"read-csv", "GDAL_rows", gdal_rows, {}},
         {"read-csv",
-         "GDAL, points",
+         "GDAL_points",
          {"ogrinfo", "-al", "-so", "-oo", "X_POSSIBLE_NAMES=lon", "-oo", "Y_POSSIBLE_NAMES=lat",
           "points.csv"},
          {}},
@@ -357,36 +326,69 @@ const QList<peer>& peers()
     return all;
 }
 
-void compare(int count, int runs)
+/// The files of the measurements in a folder of their own, made when first asked for;
+/// null where there is no room.
+const QTemporaryDir* folder_of(int count)
 {
-    const QTemporaryDir folder;
-    const QString path = folder.path();
+    static std::map<int, QTemporaryDir> folders;
+    if (const auto made = folders.find(count); made != folders.end())
+        return &made->second;
+    const QTemporaryDir& folder = folders[count];
     // In a process of its own: a child begins with the memory of its parent.
-    if (!run_program(path, {QCoreApplication::applicationFilePath(), "--files", path,
-                            QString::number(count)})
-             .good ||
-        !QDir::setCurrent(path)) {
-        std::puts("no room for the files");
+    const QStringList command{QCoreApplication::applicationFilePath(), "--files", folder.path(),
+                              QString::number(count)};
+    if (folder.isValid() && run_program(folder.path(), command).good)
+        return &folder;
+    folders.erase(count);
+    return nullptr;
+}
+
+/// One benchmark, whose time is the CPU time of the process that does the work.
+void measure(benchmark::State& state, const std::function<cost(const QString&, int)>& run)
+{
+    const auto count = static_cast<int>(state.range(0));
+    const QTemporaryDir* folder = folder_of(count);
+    if (folder == nullptr || !QDir::setCurrent(folder->path())) {
+        state.SkipWithError("no room for the files");
         return;
     }
-    QMap<QString, double> ours;
-    for (const work& one : works) {
-        const QString name = QLatin1String(one.name);
-        const cost spent = median(runs, [&] { return run_own(path, name, count); });
-        ours[name] = spent.cpu;
-        say(count, one.name, "ours", spent, 0);
-    }
-    for (const peer& one : peers()) {
-        cost spent = median(runs, [&] { return run_program(path, one.command); });
-        if (!one.without.isEmpty()) {
-            const cost reading = median(runs, [&] { return run_program(path, one.without); });
-            spent.cpu -= reading.cpu;
-            spent.wall -= reading.wall;
-            spent.good = spent.good && reading.good;
+    for (auto _ : state) {
+        const cost spent = run(folder->path(), count);
+        if (!spent.good) {
+            state.SkipWithError("it failed");
+            break;
         }
-        say(count, one.work, one.name, spent, ours.value(QLatin1String(one.work)));
+        const double points = static_cast<double>(count) * points_each;
+        state.SetIterationTime(spent.cpu);
+        state.counters["wall_s"] = spent.wall;
+        state.counters["peak_MiB"] = spent.memory;
+        state.counters["bytes_a_point"] = spent.memory * 1024 * 1024 / points;
     }
     QDir::setCurrent(QDir::rootPath()); // so that the folder can go
+}
+
+void add(const QString& name, const std::function<cost(const QString&, int)>& run)
+{
+    benchmark::RegisterBenchmark(name.toUtf8().constData(),
+                                 [run](benchmark::State& state) { measure(state, run); })
+        ->Arg(100)
+        ->Arg(1000)
+        ->Arg(4000)
+        ->Iterations(1)
+        ->UseManualTime()
+        ->Unit(benchmark::kSecond);
+}
+
+cost run_peer(const QString& folder, const peer& one)
+{
+    cost spent = run_program(folder, one.command);
+    if (!one.without.isEmpty()) {
+        const cost reading = run_program(folder, one.without);
+        spent.cpu = std::max(spent.cpu - reading.cpu, 0.0);
+        spent.wall -= reading.wall;
+        spent.good = spent.good && reading.good;
+    }
+    return spent;
 }
 
 } // namespace
@@ -400,13 +402,16 @@ int main(int argc, char* argv[])
         return run_work(words.value(1), words.value(2), words.value(3).toInt());
     if (words.value(0) == QLatin1String("--files"))
         return make_files(words.value(1), words.value(2).toInt()) ? 0 : 1;
-    if (!words.isEmpty()) {
-        for (const QString& word : words)
-            compare(word.toInt(), 3);
-        return 0;
+    for (const work& one : works) {
+        const QString name = QLatin1String(one.name);
+        add(name + "/ours",
+            [name](const QString& folder, int count) { return run_own(folder, name, count); });
     }
-    compare(100, 3);
-    compare(1000, 5);
-    compare(4000, 1);
+    for (const peer& one : peers()) {
+        add(QLatin1String(one.work) + u'/' + QLatin1String(one.name),
+            [one](const QString& folder, int) { return run_peer(folder, one); });
+    }
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

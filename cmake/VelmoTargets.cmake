@@ -119,7 +119,8 @@ function(velmo_fuzzer name)
   set(kept "${CMAKE_CURRENT_BINARY_DIR}/${name}.corpus")
   file(MAKE_DIRECTORY "${kept}")
   set(options -max_total_time=${VELMO_FUZZ_SECONDS} -timeout=20 -rss_limit_mb=4096 -max_len=8192
-    -print_final_stats=1 "-artifact_prefix=${CMAKE_CURRENT_BINARY_DIR}/${name}.")
+    -close_fd_mask=1 -print_final_stats=1
+    "-artifact_prefix=${CMAKE_CURRENT_BINARY_DIR}/${name}.")
   if(arg_DICTIONARY)
     list(APPEND options "-dict=${CMAKE_CURRENT_SOURCE_DIR}/${arg_DICTIONARY}")
   endif()

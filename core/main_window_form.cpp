@@ -433,11 +433,13 @@ void MainWindow::retranslateUi(QMainWindow* window)
 void MainWindow::set_fitting(QLabel* label, const QString& text)
 {
     constexpr int smallest = 9; // pixels; below it nobody reads
+    constexpr int gap = 4;      // pixels kept free before the label that follows
     QFont font = label->font();
     int size = QApplication::font().pixelSize();
     do {
         font.setPixelSize(size);
-    } while (QFontMetrics(font).horizontalAdvance(text) > label->width() && --size > smallest);
+    } while (QFontMetrics(font).horizontalAdvance(text) > label->width() - gap &&
+             --size > smallest);
     label->setFont(font);
     label->setText(text);
     label->setToolTip(text);

@@ -865,7 +865,7 @@ void serial_thread::take_text()
     const qsizetype count = text_seen.records;
     // Less than four digits before a comma, or no number at all: nothing can be
     // said about the progress, and more may come.
-    if (total <= 0)
+    if (total == 0)
         return;
     emit read_data_set_progressbar(static_cast<int>(count * 100 / total));
     if (total > count)

@@ -14,6 +14,13 @@
 
 namespace {
 
+void warn_unopened()
+{
+    show_warning(QStringLiteral("Warning"), QStringLiteral("Failed to open file"));
+}
+
+} // namespace
+
 void log_parameters(const model_param& param)
 {
     const model_param::projection_block& block = param.projection;
@@ -24,13 +31,6 @@ void log_parameters(const model_param& param)
     const model_param::plane_parameters& p4 = param.param4;
     qDebug() << "param4:" << p4.dx << p4.dy << p4.rt << p4.k;
 }
-
-void warn_unopened()
-{
-    show_warning(QStringLiteral("Warning"), QStringLiteral("Failed to open file"));
-}
-
-} // namespace
 
 void file_export_thread::export_file(int cmd, int mode, double new_cz, double new_dz, double new_pl,
                                      model_param m_ModelParam, QStandardItemModel* model,

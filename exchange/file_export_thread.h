@@ -9,10 +9,12 @@
 #include <functional>
 
 class QFile;
-class QIODevice;
 class QStandardItemModel;
 class QWebEngineView;
 class graphic_widget;
+
+/// Logs the parameters of an export's coordinate system at debug level.
+void log_parameters(const model_param& param);
 
 /// Writes ticked measurements to files, and pictures. It is a thread by type
 /// only: its slots run in the main thread, where they may read the table's model
@@ -69,13 +71,6 @@ public:
     /// Path of the file of record \a number, from 1, in \a folder:
     /// exported_data_1.csv and so on.
     static QString record_file_path(const QString& folder, const QString& suffix, qsizetype number);
-
-    /// One block for each record, and closes the device.
-    void write_csv_merged(QIODevice& device, const QList<exportRecord>& list, int mode,
-                          const model_param& m_ModelParam) const;
-    /// The block of a file with one record.
-    void write_csv_single(QIODevice& device, const exportRecord& record, int mode,
-                          const model_param& m_ModelParam) const;
 
     void picture_export(QWebEngineView* m_parentWebEngineView, graphic_widget* m_parentwidgetView,
                         int picture_flag, QString file_path);

@@ -9,6 +9,8 @@
 
 class JsonFileManager;
 class csv_rows;
+struct csv_record;
+struct file_coordinates;
 
 /// Reads measurements from files. It is a thread by type only: its slots run in
 /// the main thread, which waits for an import.
@@ -78,22 +80,10 @@ protected:
     void run() override;
 
 private:
-    /// Where a record stands among the rows of a CSV file: its row, the column of
-    /// its name, and the row behind its last point. Between record and points is
-    /// the points' header.
-    struct csv_block
-    {
-        qsizetype record;
-        std::size_t first_column;
-        qsizetype end;
-    };
-    bool take_csv_blocks(const csv_rows& rows);
-    bool take_csv_block(const csv_rows& rows, const csv_block& block, const QString& count);
-    bool take_csv_summary(const csv_rows& rows);
-    /// Appends a point, whose two cells are what `mode` says, to the plain pairs
-    /// and to the lines. False if a cell cannot be read.
-    bool append_csv_point(QStringView a, QStringView b, QStringView altitude, QString& data,
-                          QString& lines) const;
+    /// Takes a record and its points, whose cells are what \a form says, into the
+    /// results, unless an equal one is there. False if a cell cannot be read.
+    bool take_csv_record(const csv_rows& rows, const csv_record& record,
+                         const file_coordinates& form);
 
     /// Where in the results a record may be found again, by the hash of what
     /// in_results() compares.

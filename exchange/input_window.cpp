@@ -1,5 +1,6 @@
 #include "exchange/input_window.h"
 
+#include "exchange/excel_template.h"
 #include "exchange/message_boxes.h"
 
 #include <QFileDialog>
@@ -46,7 +47,16 @@ void input_window::setlanguage(int newValue)
 
 void input_window::on_pushButton_clicked()
 {
-    show_not_available(m_template->text());
+    const QString path = QFileDialog::getSaveFileName(
+        this, tr("Export File"), QStringLiteral("/home/user/Documents/exported_data.xlsx"),
+        tr("Xlsx Files (*.xlsx);;All Files (*)"));
+    if (!path.isEmpty())
+        save_excel_template(path, language);
+    else if (language == 0)
+        show_warning(QStringLiteral("警告"), QStringLiteral("未选择文件路径或文件名"));
+    else
+        show_warning(QStringLiteral("Warning"),
+                     QStringLiteral("No file path or filename was selected"));
 }
 
 void input_window::on_pushButton_2_clicked()

@@ -51,10 +51,10 @@ QStringView keep(QStringView text, exportRecord& record)
 /// Appends a point of two or three parts; another count is none.
 void append_point(const tuple& point, const file_coordinates& form, exportRecord& record)
 {
-    if (point.count < 2 || point.count > 3 || form.mode < 0 || form.mode > 4)
+    if (point.count < 2 || point.count > 3 || form.mode < degrees_mode || form.mode > yx_mode)
         return;
     const auto [first, second, third] = point.parts;
-    if (form.is_plane())
+    if (is_plane(form.mode))
         record.coordinate_pairs.append(degrees_of_plane(form, first.toDouble(), second.toDouble()));
     else
         record.coordinate_pairs.emplaceBack(exportRecord::shared(first),
@@ -67,6 +67,13 @@ void append_point(const tuple& point, const file_coordinates& form, exportRecord
 qsizetype append_points(QStringView text, const file_coordinates& form, exportRecord& record)
 {
     text = keep(text, record);
+    // The record says how many there will be, and may say anything: no more than there
+    // is room for with tuples of a usual length.
+    constexpr qsizetype usual_tuple = 16; // characters
+    const qsizetype promised =
+        std::clamp<qsizetype>(record.numpoint.toInt(), 0, text.size() / usual_tuple);
+    record.coordinate_pairs.reserve(promised);
+    record.altitudes.reserve(promised);
     qsizetype count = 0;
     for (qsizetype i = 0; i < text.size();) {
         while (i < text.size() && is_blank(text[i].unicode()))

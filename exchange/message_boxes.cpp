@@ -1,7 +1,6 @@
 #include "exchange/message_boxes.h"
 
 #include <QApplication>
-#include <QDebug>
 #include <QMessageBox>
 
 namespace {
@@ -23,13 +22,6 @@ void show_information(const QString& title, const QString& text)
 void show_warning(const QString& title, const QString& text)
 {
     show_box(QMessageBox::Warning, title, text);
-}
-
-void show_not_available(const QString& feature)
-{
-    qWarning() << "not there yet:" << feature;
-    show_information(
-        feature, QCoreApplication::translate("MainWindow", "此功能尚未提供，将随后续版本加入。"));
 }
 
 wait_pointer::wait_pointer()

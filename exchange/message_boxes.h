@@ -7,8 +7,6 @@
 /// them shows the waiting one.
 void show_information(const QString& title, const QString& text);
 void show_warning(const QString& title, const QString& text);
-/// Says that \a feature comes with a later version.
-void show_not_available(const QString& feature);
 
 /// Shows the waiting pointer for as long as it lives.
 class wait_pointer

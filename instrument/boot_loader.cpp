@@ -72,6 +72,7 @@ QList<chunk> boot_loader::take_text()
             m_buffer.remove(0, 1);
         } else if (m_buffer.startsWith(version_text)) {
             m_buffer.remove(0, version_text.size());
+            m_passed_on = 0;
             m_line_end_due = true;
             QByteArray text = m_settings.version;
             if (!text.isEmpty() && m_settings.version_ends_with_zero)
@@ -80,12 +81,16 @@ QList<chunk> boot_loader::take_text()
                 answers.append({text});
         } else if (m_buffer.startsWith(start_text)) {
             m_buffer.remove(0, start_text.size());
+            m_passed_on = 0;
             return answers + begin() + take_upgrade();
-        } else if (version_text.startsWith(m_buffer) || start_text.startsWith(m_buffer)) {
-            return answers; // the beginning of a text
         } else {
+            answers += m_otherwise->receive(QByteArrayView(m_buffer).sliced(m_passed_on));
+            m_passed_on = m_buffer.size();
+            if (version_text.startsWith(m_buffer) || start_text.startsWith(m_buffer))
+                return answers; // a text may come of it yet
             m_line_end_due = false;
-            answers += m_otherwise->receive(std::exchange(m_buffer, {}));
+            m_passed_on = 0;
+            m_buffer.clear();
         }
     }
     return answers;

@@ -40,7 +40,9 @@ struct boot_settings
 /// asks for blocks, takes the header, the blocks of data and the end, which it
 /// refuses the first time, and hands the image over once the closing block has
 /// come. Blocks that are damaged or out of order are refused. A new
-/// "iapstart" begins again. Everything else goes to the other protocol.
+/// "iapstart" begins again. Everything else goes to the other protocol, and so
+/// does the beginning of a text while it is nothing more: it may be the last byte of
+/// a frame, which that protocol waits for.
 class boot_loader final : public protocol
 {
 public:
@@ -75,6 +77,7 @@ private:
     boot_settings m_settings;
     receiver m_taken;
     QByteArray m_buffer;
+    qsizetype m_passed_on = 0;   ///< bytes of the buffer that the other protocol has heard
     bool m_line_end_due = false; ///< of a version text that came with one
 
     stage m_stage = stage::normal;

@@ -1,8 +1,8 @@
 #include "output_steps.h"
 
+#include "export_dialog.h"
 #include "stage.h"
 
-#include <QComboBox>
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr int picture_item = 7; ///< of the export dialog's formats
+constexpr exchange_format picture_format{7, "img", "图片文件导出成功", "png", ""};
 
 QByteArray content_of(const QString& path)
 {
@@ -28,22 +28,7 @@ QImage saved_picture(const stage& at, const QString& path)
 {
     at.click(QStringLiteral("data_output_file"));
     at.wait_for_dialog(QStringLiteral("outputWindow"));
-    at.click_in_front(QStringLiteral("export_format"));
-    QThread::msleep(200);
-    at.press(QStringLiteral("Home"));
-    for (int i = 0; i < picture_item; ++i)
-        at.press(QStringLiteral("Down"));
-    at.press(QStringLiteral("Return"));
-    at.wait_for(QStringLiteral("the format of a picture"), [] {
-        const auto* formats =
-            stage::in_front()->findChild<QComboBox*>(QStringLiteral("export_format"));
-        return formats != nullptr && formats->currentIndex() == picture_item;
-    });
-    at.click_in_front(QStringLiteral("pushButton"));
-    at.give_path(path);
-    const QString text = at.wait_for_box(QStringLiteral("img"));
-    check(text == QStringLiteral("图片文件导出成功"), text);
-    at.answer_box(QMessageBox::Ok);
+    export_as(at, picture_format, path);
     at.close_dialog();
     return QImage(path);
 }

@@ -8,6 +8,7 @@
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFileDialog>
+#include <QImage>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
@@ -303,7 +304,16 @@ void stage::take_picture(const QString& name) const
 {
     const QString path = m_folder + QLatin1Char('/') + name + QStringLiteral(".png");
     const bool saved = see([&] {
-        const QPixmap screen = QApplication::primaryScreen()->grabWindow(0);
+        QImage screen = QApplication::primaryScreen()->grabWindow(0).toImage();
+        const QWidget* front = in_front() != nullptr ? in_front() : QApplication::activeWindow();
+        if (front != nullptr) {
+            const QRect place = front->frameGeometry();
+            screen.setText(QStringLiteral("in front"), QStringLiteral("%1x%2+%3+%4")
+                                                           .arg(place.width())
+                                                           .arg(place.height())
+                                                           .arg(place.x())
+                                                           .arg(place.y()));
+        }
         return !screen.isNull() && screen.save(path);
     });
     if (!saved)

@@ -1,5 +1,6 @@
 #include "steps.h"
 
+#include "export_dialog.h"
 #include "output_steps.h"
 #include "stage.h"
 #include "tables.h"
@@ -257,42 +258,16 @@ void close_dialog(const stage& at, const char* title)
     at.wait_for(QStringLiteral("the dialog closed"), [title] { return dialog(title) == nullptr; });
 }
 
-/// A choice of the export dialog, and how a file of it comes back.
-struct exchange_format
-{
-    int index;            ///< in the dialog's list
-    const char* title;    ///< of its boxes
-    const char* exported; ///< what the box says
-    const char* suffix;
-    const char* imported; ///< what the box says
-};
-
 constexpr exchange_format csv_format{0, "csv", "csv多数据合并导出成功", "csv",
                                      "csv多数据文件导入成功"};
 constexpr exchange_format more_csv{1, "csv", "csv单数据分开导出成功", "csv", ""};
+constexpr exchange_format dxf_format{2, "dxf", "dxf多数据合并导出成功", "dxf", "dxf文件导入成功"};
+constexpr exchange_format more_dxf{3, "dxf", "dxf单数据分开导出成功", "dxf", "dxf文件导入成功"};
 constexpr exchange_format gpx_format{4, "gpx", "gpx多数据合并导出成功", "gpx", "gpx文件导入成功"};
 constexpr exchange_format more_gpx{5, "gpx", "gpx单数据分开导出成功", "gpx", "gpx文件导入成功"};
 constexpr exchange_format kml_format{6, "kml", "kml文件导出成功", "kml", "kml文件导入成功"};
-
-/// In the export dialog, which is open: chooses a format and gives a path.
-void export_as(const stage& at, const exchange_format& format, const QString& path)
-{
-    at.click(QStringLiteral("export_format"));
-    at.press(QStringLiteral("Home"));
-    for (int i = 0; i < format.index; ++i)
-        at.press(QStringLiteral("Down"));
-    at.press(QStringLiteral("Return"));
-    at.wait_for(QStringLiteral("format %1").arg(format.index), [&format] {
-        auto* list = qobject_cast<QComboBox*>(stage::widget(QStringLiteral("export_format")));
-        return list->currentIndex() == format.index;
-    });
-    at.click(QStringLiteral("pushButton"));
-    at.give_path(path);
-    const QString text = at.wait_for_box(QLatin1String(format.title));
-    check(text == QString::fromUtf8(format.exported), text);
-    at.take_picture(QStringLiteral("exported-%1").arg(QFileInfo(path).fileName()));
-    at.answer_box(QMessageBox::Ok);
-}
+constexpr exchange_format excel_format{
+    8, "Excel", "Excel文件导出成功", "xlsx", "Excel multi-data file import successful", "import"};
 
 /// Exports what is ticked in each of the formats, each into one file.
 void export_files(const stage& at, const char* title, const QString& language,
@@ -314,29 +289,13 @@ constexpr int exported[] = {2, 7, 15};
 /// Exports what is ticked into a folder, a file for each measurement.
 void export_folder(const stage& at, const exchange_format& format)
 {
-    const QString folder = at.file(QStringLiteral("one-by-one"));
+    const QString folder = at.file(QStringLiteral("one-by-one-") + QLatin1String(format.suffix));
     QDir().mkpath(folder);
     export_as(at, format, folder);
     const QStringList files =
         QDir(folder).entryList({QStringLiteral("*.") + QLatin1String(format.suffix)});
     check(files.size() == std::ssize(exported), files.join(QStringLiteral(", ")));
     say(QStringLiteral("  %1: %2").arg(folder, files.join(QStringLiteral(", "))));
-}
-
-void export_in_chinese(const stage& at)
-{
-    for (const int number : exported)
-        tick_measurement(at, number);
-    export_files(at, "导出为", QStringLiteral("zh"), {csv_format, gpx_format, kml_format});
-    export_folder(at, more_csv);
-    export_folder(at, more_gpx);
-    close_dialog(at, "导出为");
-    open_dialog(at, "data_input_file", "导入");
-    at.take_picture(QStringLiteral("import-zh"));
-    close_dialog(at, "导入");
-    at.click(QStringLiteral("checkBox"));
-    at.click(QStringLiteral("checkBox"));
-    at.wait_for(QStringLiteral("all ticks gone"), [] { return ticked_rows() == 0; });
 }
 
 /// In the import dialog, which is open: imports a file, whose records come behind
@@ -347,7 +306,7 @@ void import_file(const stage& at, const exchange_format& format, const QString& 
     const int before = at.see(count);
     at.click(QStringLiteral("pushButton_2"));
     at.give_path(path);
-    const QString text = at.wait_for_box(QStringLiteral("导入"));
+    const QString text = at.wait_for_box(QString::fromUtf8(format.import_title));
     check(text == QString::fromUtf8(format.imported), text);
     at.take_picture(QStringLiteral("imported-%1").arg(QFileInfo(path).fileName()));
     at.answer_box(QMessageBox::Ok);
@@ -356,19 +315,56 @@ void import_file(const stage& at, const exchange_format& format, const QString& 
     say(QStringLiteral("  %1; %2 rows became %3").arg(text).arg(before).arg(after));
 }
 
+/// In the import dialog, which is open: saves the workbook that is filled in by hand.
+void save_template(const stage& at, const QString& language)
+{
+    at.click(QStringLiteral("pushButton"));
+    at.give_path(at.file(QStringLiteral("template-%1.xlsx").arg(language)));
+    const QString text = at.wait_for_box(QStringLiteral("Excel"));
+    at.take_picture(QStringLiteral("template-%1").arg(language));
+    at.answer_box(QMessageBox::Ok);
+    say(QStringLiteral("  %1").arg(text));
+}
+
+void export_in_chinese(const stage& at)
+{
+    for (const int number : exported)
+        tick_measurement(at, number);
+    export_files(at, "导出为", QStringLiteral("zh"),
+                 {csv_format, gpx_format, kml_format, dxf_format, excel_format});
+    export_folder(at, more_csv);
+    export_folder(at, more_dxf);
+    export_folder(at, more_gpx);
+    close_dialog(at, "导出为");
+    open_dialog(at, "data_input_file", "导入");
+    at.take_picture(QStringLiteral("import-zh"));
+    save_template(at, QStringLiteral("zh"));
+    close_dialog(at, "导入");
+    at.click(QStringLiteral("checkBox"));
+    at.click(QStringLiteral("checkBox"));
+    at.wait_for(QStringLiteral("all ticks gone"), [] { return ticked_rows() == 0; });
+}
+
 /// CSV with English headings is written and not read again, so what is read are
-/// the Chinese files.
+/// the Chinese files. An exported workbook has a sheet for each measurement, which
+/// no import takes; the template is read.
 void export_and_import_in_english(const stage& at)
 {
     tick_measurement(at, exported[0]);
-    export_files(at, "Export As", QStringLiteral("en"), {csv_format, gpx_format, kml_format});
+    export_files(at, "Export As", QStringLiteral("en"),
+                 {csv_format, gpx_format, kml_format, dxf_format, excel_format});
     close_dialog(at, "Export As");
     open_dialog(at, "data_input_file", "Import");
     at.take_picture(QStringLiteral("import-en"));
-    for (const exchange_format& format : {csv_format, gpx_format, kml_format})
+    for (const exchange_format& format : {csv_format, gpx_format, kml_format, dxf_format})
         import_file(at, format, at.file(QStringLiteral("field-zh.") + QLatin1String(format.suffix)),
                     static_cast<int>(std::size(exported)));
-    import_file(at, more_gpx, at.file(QStringLiteral("one-by-one/exported_data_1.gpx")), 1);
+    import_file(at, more_gpx, at.file(QStringLiteral("one-by-one-gpx/exported_data_1.gpx")), 1);
+    import_file(at, more_dxf, at.file(QStringLiteral("one-by-one-dxf/exported_data_1.dxf")), 1);
+    save_template(at, QStringLiteral("en"));
+    // With their examples: two of each kind, and three waypoints.
+    for (const char* name : {"template-zh.xlsx", "template-en.xlsx"})
+        import_file(at, excel_format, at.file(QLatin1String(name)), 13);
     close_dialog(at, "Import");
 }
 

@@ -32,10 +32,6 @@
             <translation>坐标设置</translation>
         </message>
         <message>
-            <source>此功能尚未提供，将随后续版本加入。</source>
-            <translation>此功能尚未提供，将随后续版本加入。</translation>
-        </message>
-        <message>
             <source>已连接</source>
             <translation>已连接</translation>
         </message>
@@ -391,6 +387,30 @@
             <source>kml文件导出成功</source>
             <translation>kml文件导出成功</translation>
         </message>
+        <message>
+            <source>Failed to create directory</source>
+            <translation>Failed to create directory</translation>
+        </message>
+        <message>
+            <source>Failed to open file</source>
+            <translation>Failed to open file</translation>
+        </message>
+        <message>
+            <source>Warning</source>
+            <translation>Warning</translation>
+        </message>
+        <message>
+            <source>dxf</source>
+            <translation>dxf</translation>
+        </message>
+        <message>
+            <source>dxf单数据分开导出成功</source>
+            <translation>dxf单数据分开导出成功</translation>
+        </message>
+        <message>
+            <source>dxf多数据合并导出成功</source>
+            <translation>dxf多数据合并导出成功</translation>
+        </message>
     </context>
     <context>
         <name>file_import_thread</name>
@@ -434,12 +454,32 @@
             <source>自制kml文件导入成功</source>
             <translation>自制kml文件导入成功</translation>
         </message>
+        <message>
+            <source>dxf</source>
+            <translation>dxf</translation>
+        </message>
+        <message>
+            <source>dxf文件导入成功</source>
+            <translation>dxf文件导入成功</translation>
+        </message>
+        <message>
+            <source>打开dxf文件失败</source>
+            <translation>打开dxf文件失败</translation>
+        </message>
     </context>
     <context>
         <name>input_window</name>
         <message>
             <source>导入</source>
             <translation>导入</translation>
+        </message>
+        <message>
+            <source>Export File</source>
+            <translation>Export File</translation>
+        </message>
+        <message>
+            <source>Xlsx Files (*.xlsx);;All Files (*)</source>
+            <translation>Xlsx Files (*.xlsx);;All Files (*)</translation>
         </message>
         <message>
             <source>Open Files</source>

@@ -77,12 +77,17 @@ result decode_hex(QByteArrayView text, std::span<char> image)
         const QByteArrayView line = end < 0 ? text : text.first(end);
         text = end < 0 ? QByteArrayView() : text.sliced(end + 1);
 
-        const int count = byte_at(line, count_column).value_or(0);
-        if (count == 0 || byte_at(line, type_column) != data_type)
+        const std::optional<int> count = byte_at(line, count_column);
+        if (count == 0)
             continue;
-        if (image.size() - length < static_cast<std::size_t>(count))
+        const std::optional<int> type = byte_at(line, type_column);
+        if (line.startsWith(':') && (!count || !type))
+            return {outcome::malformed};
+        if (!count || type != data_type)
+            continue;
+        if (image.size() - length < static_cast<std::size_t>(*count))
             return {outcome::too_large};
-        for (int i = 0; i < count; ++i) {
+        for (int i = 0; i < *count; ++i) {
             const std::optional<int> byte = byte_at(line, data_column + 2 * i);
             if (!byte)
                 return {outcome::malformed};

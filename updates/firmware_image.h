@@ -33,8 +33,9 @@ struct result
 
 /// Packs the data of all records of type 0 one behind the other in file order.
 /// Addresses and checksums are not looked at; other records, and lines that are
-/// none, are skipped. A data record with fewer digits than it announces, or with
-/// other characters among them, is malformed.
+/// none, are skipped. A record without a readable count or type is malformed, and so
+/// is a data record with fewer digits than it announces, or with other characters
+/// among them: an image with a hole in it is worse than none.
 [[nodiscard]] result decode_hex(QByteArrayView text, std::span<char> image);
 
 } // namespace firmware_image

@@ -324,9 +324,10 @@ void hardware_upgrade::start_transfer()
 void hardware_upgrade::serial_read()
 {
     char byte = 0;
-    if (port->read(&byte, 1) != 1)
+    if (port->read(&byte, 1) != 1 || active == 0)
         return;
-    // Bytes that arrive together are announced once: come back for the next one.
+    // Bytes that arrive together are announced once: come back for the next one. While
+    // nothing runs each announcement costs a byte, and no more.
     if (port->bytesAvailable() > 0)
         QMetaObject::invokeMethod(
             this,
@@ -335,8 +336,6 @@ void hardware_upgrade::serial_read()
                     serial_read();
             },
             Qt::QueuedConnection);
-    if (active == 0)
-        return;
 
     const ymodem::sender::step step = transfer.take(byte);
     active = step.goes_on ? 1 : 0;
@@ -355,6 +354,7 @@ void hardware_upgrade::serial_read()
         break;
     case ymodem::sender::event::finished:
         pending = 0;
+        stop_listening(); // what the port brings from now on is for others
         notify(upgrade_title, QStringLiteral("设备升级成功"));
         break;
     }

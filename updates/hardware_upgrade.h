@@ -65,7 +65,7 @@ signals:
     void updata_progress(int percent);
 
 public slots:
-    /// Takes one byte from the port.
+    /// Takes one byte from the port, and drops it while no transfer runs.
     void serial_read();
     /// Takes the list of images.
     void reply_finished(QNetworkReply* reply);

@@ -160,6 +160,7 @@ private slots:
     void get();
     void all_deleted();
     void next_save_replaces_a_damaged_file();
+    void the_file_is_read_once();
     void failed_write_keeps_the_list();
 
 private:
@@ -194,6 +195,7 @@ QByteArray test_json_file_manager::content() const
 void test_json_file_manager::makes_folder_and_file()
 {
     const JsonFileManager manager;
+    QCOMPARE(manager.metaObject()->methodCount(), QObject::staticMetaObject.methodCount());
     QCOMPARE(manager.file_path, path());
     QCOMPARE(names(manager),
              QStringList({u"BEIJING1954"_s, u"CGCS2000"_s, u"WGS1984"_s, u"XIAN1980"_s}));
@@ -767,6 +769,18 @@ void test_json_file_manager::next_save_replaces_a_damaged_file()
     JsonFileManager manager;
     QVERIFY(manager.addCoordinateSystem(sample(u"B"_s)));
     QCOMPARE(names(JsonFileManager()), QStringList{u"B"_s});
+}
+
+/// After the start memory counts, whatever another program makes of the file.
+void test_json_file_manager::the_file_is_read_once()
+{
+    JsonFileManager manager;
+    put(R"({"foreign": {}})");
+    QCOMPARE(manager.getCoordinateSystem(u"foreign"_s).name, QString());
+    QCOMPARE(manager.getCoordinateSystem(u"WGS1984"_s).name, u"WGS1984"_s);
+    QVERIFY(manager.deleteCoordinateSystem(u"WGS1984"_s));
+    QCOMPARE(names(JsonFileManager()),
+             QStringList({u"BEIJING1954"_s, u"CGCS2000"_s, u"XIAN1980"_s}));
 }
 
 void test_json_file_manager::failed_write_keeps_the_list()

@@ -4,8 +4,10 @@
 #include "form_driver.h"
 
 #include <QLabel>
+#include <QMetaMethod>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QTimer>
 
 class test_plane_calibration : public QObject
 {
@@ -14,6 +16,7 @@ class test_plane_calibration : public QObject
 private slots:
     void init();
 
+    void names_of_signals_and_slots();
     void starts_at_zero();
     void every_text_in_both_languages();
     void the_results_follow();
@@ -40,12 +43,27 @@ void test_plane_calibration::init()
     QVERIFY(QTest::qWaitForWindowExposed(m_form.get()));
 }
 
+void test_plane_calibration::names_of_signals_and_slots()
+{
+    QStringList declared;
+    const QMetaObject& meta = plane_calibration::staticMetaObject;
+    for (int at = meta.methodOffset(); at < meta.methodCount(); ++at)
+        declared += QString::fromLatin1(meta.method(at).methodSignature());
+    QCOMPARE(declared,
+             (QStringList{"variableChanged(QString,QString)", "set_up(int,JsonFileManager*)",
+                          "on_pushButton_clicked()", "on_pushButton_2_clicked()"}));
+}
+
 void test_plane_calibration::starts_at_zero()
 {
     for (const char* edit : {"lineEdit", "lineEdit_2", "lineEdit_3", "lineEdit_4"})
         QCOMPARE(text_in(m_form.get(), edit), QStringLiteral("0.0"));
     QCOMPARE(label("label_dx"), QStringLiteral("0.00"));
     QCOMPARE(label("label_dy"), QStringLiteral("0.00"));
+    const auto timers = m_form->findChildren<QTimer*>(Qt::FindDirectChildrenOnly);
+    QCOMPARE(timers.size(), 1);
+    QCOMPARE(timers[0]->interval(), 300);
+    QVERIFY(!timers[0]->isSingleShot());
 }
 
 void test_plane_calibration::every_text_in_both_languages()

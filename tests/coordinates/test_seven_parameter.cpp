@@ -9,10 +9,12 @@
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QListWidget>
+#include <QMetaMethod>
 #include <QNetworkDatagram>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSignalSpy>
+#include <QTimer>
 #include <QUdpSocket>
 
 #ifdef Q_OS_UNIX
@@ -34,6 +36,7 @@ private slots:
     void init();
     void cleanup();
 
+    void names_of_signals_and_slots();
     void starts_without_a_group();
     void asks_the_built_in_server();
     void tells_that_there_is_no_socket();
@@ -154,6 +157,20 @@ void test_seven_parameter::reply(const QByteArray& text)
     m_server->writeDatagram(text, QHostAddress::LocalHost, m_client_port);
 }
 
+void test_seven_parameter::names_of_signals_and_slots()
+{
+    QStringList declared;
+    const QMetaObject& meta = seven_parameter::staticMetaObject;
+    for (int at = meta.methodOffset(); at < meta.methodCount(); ++at)
+        declared += QString::fromLatin1(meta.method(at).methodSignature());
+    QCOMPARE(
+        declared,
+        (QStringList{
+            "send_seven_parameter(QString,QString,QString,QString,QString,QString,QString)",
+            "set_up(int,JsonFileManager*)", "on_pushButton_clicked()", "on_pushButton_2_clicked()",
+            "on_pushButton_3_clicked()", "on_pushButton_4_clicked()"}));
+}
+
 void test_seven_parameter::starts_without_a_group()
 {
     QCOMPARE(fields(), QStringList(6, "0"));
@@ -168,8 +185,21 @@ void test_seven_parameter::starts_without_a_group()
         QCOMPARE((QStringList{angle->itemText(0), angle->itemText(1), angle->itemText(2)}),
                  (QStringList{"°", "°′", "°′″"}));
     }
-    for (const char* box : {"comboBox_3", "comboBox_4"})
-        QCOMPARE(find<QComboBox>(m_form.get(), box)->count(), 4);
+    const QStringList systems{"BEIJING1954", "CGCS2000", "WGS1984", "XIAN1980"};
+    for (const char* name : {"comboBox_3", "comboBox_4"}) {
+        const auto* box = find<QComboBox>(m_form.get(), name);
+        QStringList entries;
+        for (int row = 0; row < box->count(); ++row)
+            entries += box->itemText(row);
+        QCOMPARE(entries, systems);
+    }
+    // One timer runs, the one that shows the current group.
+    QList<int> intervals;
+    for (const auto* timer : m_form->findChildren<QTimer*>(Qt::FindDirectChildrenOnly)) {
+        if (timer->isActive() && !timer->isSingleShot())
+            intervals += timer->interval();
+    }
+    QCOMPARE(intervals, QList<int>{500});
 }
 
 void test_seven_parameter::asks_the_built_in_server()
@@ -369,6 +399,17 @@ void test_seven_parameter::deleting_nothing()
     press(m_form.get(), "pushButton_4");
     QVERIFY(!log.has("!!!!"));
     QVERIFY(m_form->groups.isEmpty());
+    // Nor when none of the rows is the current one.
+    add_cartesian_groups(2);
+    fill({"1", "2", "3", "4", "5", "6"});
+    list()->setCurrentRow(-1);
+    press(m_form.get(), "pushButton_2");
+    press(m_form.get(), "pushButton_4");
+    QVERIFY(!log.has("!!!!"));
+    QCOMPARE(list()->count(), 2);
+    QCOMPARE(m_form->groups.size(), 2);
+    for (const PointGroup& group : m_form->groups)
+        QCOMPARE(QStringList(group.values.begin(), group.values.end()), QStringList(6, "0"));
 }
 
 void test_seven_parameter::updating_stores_decimal_degrees_data()
@@ -531,6 +572,10 @@ void test_seven_parameter::the_request_to_the_letter()
     // Zeros are sent as well: the form does not judge.
     open();
     add_cartesian_groups(4);
+    m_form->groups[3].values[5] = "北";
+    press(m_form.get(), "pushButton");
+    QVERIFY(request().endsWith(",0,0,\xE5\x8C\x97,*"));
+    m_form->groups[3].values[5] = "0";
     press(m_form.get(), "pushButton");
     QCOMPARE(request(),
              "$" + QByteArray::number(m_client_port) + ",4," + QByteArray("0,").repeated(24) + "*");
@@ -650,6 +695,9 @@ void test_seven_parameter::silence_is_told()
     QCOMPARE(watcher.boxes[0].icon, QMessageBox::Warning);
     QCOMPARE(watcher.boxes[0].title, title);
     QCOMPARE(watcher.boxes[0].text, text);
+    // It was asked once and is not asked again.
+    QVERIFY(!request().isEmpty());
+    QVERIFY(!m_server->waitForReadyRead(100));
 }
 
 void test_seven_parameter::a_reply_is_shown_and_taken_over_data()

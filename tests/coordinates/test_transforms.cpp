@@ -5,6 +5,7 @@
 #include <QLoggingCategory>
 #include <QTest>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
@@ -191,6 +192,11 @@ private slots:
     void record_comes_back_as_it_was();
     void zone_120_for_no_meridian();
     void meridian_snaps_to_its_zone();
+    void meridian_is_narrowed();
+    void zone_60_keeps_its_number();
+    void zone_of_a_negative_y();
+    void any_other_mode_is_utm();
+    void equator_counts_as_north_in_utm();
     void east_of_zero();
     void k0_of_zero();
     void shift_depends_on_the_ellipsoid_alone();
@@ -302,6 +308,59 @@ void test_transforms::meridian_snaps_to_its_zone()
     QCOMPARE(std::floor(forward(system, city).y / 1000000.0), 20.0);
     system.l0 = 363.0; // zone 61, written as 1
     QCOMPARE(std::floor(forward(system, {30.0, 362.5, 0.0}).y / 1000000.0), 1.0);
+}
+
+/// In single precision there is nothing between this meridian and the next zone.
+void test_transforms::meridian_is_narrowed()
+{
+    CoordinateSystem system = gauss_system();
+    system.l0 = 118.499999;
+    QCOMPARE(std::floor(forward(system, city).y / 1000000.0), 40.0);
+    system.l0 = 118.4999;
+    QCOMPARE(std::floor(forward(system, city).y / 1000000.0), 39.0);
+}
+
+void test_transforms::zone_60_keeps_its_number()
+{
+    CoordinateSystem system = gauss_system();
+    system.method = 6;
+    system.l0 = 357.0;
+    QCOMPARE(std::floor(forward(system, {30.0, -3.5, 0.0}).y / 1000000.0), 60.0);
+}
+
+void test_transforms::zone_of_a_negative_y()
+{
+    const CoordinateSystem system = gauss_system();
+    model_param::projection_block block = flat_parameters(system).projection;
+    const geodetic_position negative =
+        XY2BL(block, {3000000.0, -1000001.0, 0.0}, system.changzhou, system.pianlv);
+    // The same distance from the meridian of zone 1.
+    block.east += 3000000.0;
+    const geodetic_position positive =
+        XY2BL(block, {3000000.0, 1999999.0, 0.0}, system.changzhou, system.pianlv);
+    QCOMPARE(negative.b, positive.b);
+    QCOMPARE(negative.l, positive.l);
+}
+
+void test_transforms::any_other_mode_is_utm()
+{
+    const plane_position utm = forward(utm_system(), city);
+    const geodetic_position utm_back = back(utm_system(), utm);
+    for (const int mode : {0, 3, 255}) {
+        CoordinateSystem system = utm_system();
+        system.utm_mode = mode;
+        QCOMPARE(forward(system, city).x, utm.x);
+        QCOMPARE(forward(system, city).y, utm.y);
+        QCOMPARE(back(system, utm).b, utm_back.b);
+        QCOMPARE(back(system, utm).l, utm_back.l);
+    }
+}
+
+void test_transforms::equator_counts_as_north_in_utm()
+{
+    QCOMPARE(forward(utm_system(), {0.0, 117.0, 0.0}).x, 0.0);
+    QCOMPARE(forward(utm_system(), {-0.0, 117.0, 0.0}).x, 0.0);
+    QVERIFY(std::fabs(forward(utm_system(), {-1e-9, 117.0, 0.0}).x - 10000000.0) < 0.001);
 }
 
 void test_transforms::east_of_zero()
@@ -623,6 +682,10 @@ void test_transforms::flat_record()
     QCOMPARE(flat.projection.north, 1e7);
     QCOMPARE(flat.projection.tall, 12.5);
     QCOMPARE(flat.param7.dx, 1.0);
+    QCOMPARE(flat.param7.dy, 2.0);
+    QCOMPARE(flat.param7.dz, 3.0);
+    QCOMPARE(flat.param7.rx, 4.0);
+    QCOMPARE(flat.param7.ry, 5.0);
     QCOMPARE(flat.param7.rz, 6.0);
     QCOMPARE(flat.param7.k, 7.0);
     QCOMPARE(flat.param4.dx, 8.0);
@@ -632,6 +695,39 @@ void test_transforms::flat_record()
     QCOMPARE(int{flat.reserved_record} + flat.projection.reserved_mode +
                  flat.projection.reserved_zone + flat.projection.reserved_method,
              0);
+    // Its members stand in this order, the rotation before the scale.
+    const auto at = [&flat](const auto& member) {
+        return reinterpret_cast<const char*>(&member) - reinterpret_cast<const char*>(&flat);
+    };
+    const model_param::projection_block& block = flat.projection;
+    const QList<qptrdiff> places{at(flat.type),
+                                 at(flat.ellipsoid),
+                                 at(flat.reserved_record),
+                                 at(block.utm_mode),
+                                 at(block.reserved_mode),
+                                 at(block.method),
+                                 at(block.reserved_zone),
+                                 at(block.reserved_method),
+                                 at(block.l0),
+                                 at(block.k0),
+                                 at(block.east),
+                                 at(block.north),
+                                 at(block.tall),
+                                 at(flat.param7.dx),
+                                 at(flat.param7.dy),
+                                 at(flat.param7.dz),
+                                 at(flat.param7.rx),
+                                 at(flat.param7.ry),
+                                 at(flat.param7.rz),
+                                 at(flat.param7.k),
+                                 at(flat.param4.dx),
+                                 at(flat.param4.dy),
+                                 at(flat.param4.rt),
+                                 at(flat.param4.k)};
+    QVERIFY(std::is_sorted(places.begin(), places.end()));
+    // It rides on signals by value.
+    QCOMPARE(QMetaType::fromType<model_param>().name(), "model_param");
+    QCOMPARE(QVariant::fromValue(flat).value<model_param>().param4.rt, 11.0);
 }
 
 void test_transforms::minutes_as_text_data()

@@ -10,10 +10,12 @@
 #include <QApplication>
 #include <QGroupBox>
 #include <QLabel>
+#include <QMetaMethod>
 #include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSignalSpy>
+#include <QTimer>
 
 namespace {
 
@@ -64,6 +66,7 @@ private slots:
     void init();
     void cleanup();
 
+    void names_of_signals_and_slots();
     void shows_every_field();
     void meridian_is_shown_as_whole_degrees_and_seconds_data();
     void meridian_is_shown_as_whole_degrees_and_seconds();
@@ -132,6 +135,21 @@ zuobiaoForm* test_zuobiao_form::open(int mode, int index, int language)
     if (!QTest::qWaitForWindowExposed(m_form))
         qFatal("the form does not show");
     return m_form;
+}
+
+void test_zuobiao_form::names_of_signals_and_slots()
+{
+    QStringList declared;
+    const QMetaObject& meta = zuobiaoForm::staticMetaObject;
+    for (int at = meta.methodOffset(); at < meta.methodCount(); ++at)
+        declared += QString::fromLatin1(meta.method(at).methodSignature());
+    QCOMPARE(declared,
+             (QStringList{
+                 "variableChanged(int,JsonFileManager*)", "set_up(JsonFileManager*,int,int,int)",
+                 "on_pushButton_clicked()", "on_pushButton_2_clicked()",
+                 "on_pushButton_3_clicked()", "on_pushButton_4_clicked()",
+                 "recive_seven_parameter(QString,QString,QString,QString,QString,QString,QString)",
+                 "recive_plane_calibration(QString,QString)"}));
 }
 
 void test_zuobiao_form::shows_every_field()
@@ -431,6 +449,9 @@ void test_zuobiao_form::checking_disables_everything()
 void test_zuobiao_form::the_ellipsoid_follows_its_box()
 {
     const QWidget* form = open(zuobiaoForm::edit, 4);
+    const auto timers = form->findChildren<QTimer*>(Qt::FindDirectChildrenOnly);
+    QCOMPARE(timers.size(), 1);
+    QCOMPARE(timers[0]->interval(), 500);
     find<QComboBox>(form, "tuoqiu")->setCurrentIndex(0);
     QTRY_COMPARE(text_in(form, "chang_zhou_t"), QStringLiteral("6378245.000000000"));
     QCOMPARE(text_in(form, "duan_zhou_t"), QStringLiteral("6356863.018773047"));

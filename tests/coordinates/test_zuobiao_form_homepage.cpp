@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QGroupBox>
 #include <QLabel>
+#include <QMetaMethod>
 #include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
@@ -41,6 +42,7 @@ private slots:
     void init();
     void cleanup();
 
+    void names_of_signals_and_slots();
     void opens_in_the_format_data();
     void opens_in_the_format();
     void every_text_in_both_languages_data();
@@ -89,6 +91,20 @@ void test_zuobiao_form_homepage::open(int m, int index, int language)
     m_form->setWindowModality(Qt::ApplicationModal);
     m_form->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_form.get()));
+}
+
+void test_zuobiao_form_homepage::names_of_signals_and_slots()
+{
+    QStringList declared;
+    const QMetaObject& meta = zuobiaoForm_homepage::staticMetaObject;
+    for (int at = meta.methodOffset(); at < meta.methodCount(); ++at)
+        declared += QString::fromLatin1(meta.method(at).methodSignature());
+    QCOMPARE(declared, (QStringList{"zuobiaochanged(JsonFileManager*,int,int,int)",
+                                    "modeflagchange(int,JsonFileManager*,int)",
+                                    "set_up(int,JsonFileManager*,int,int)",
+                                    "on_pushButton_clicked()", "on_pushButton_2_clicked()",
+                                    "on_pushButton_3_clicked()", "on_pushButton_4_clicked()",
+                                    "on_pushButton_5_clicked()", "on_pushButton_6_clicked()"}));
 }
 
 void test_zuobiao_form_homepage::opens_in_the_format_data()

@@ -18,12 +18,17 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QMenu>
+#include <QMenuBar>
 #include <QMetaMethod>
+#include <QPushButton>
 #include <QSerialPort>
 #include <QSignalSpy>
 #include <QStandardItemModel>
 #include <QTest>
 #include <QTimer>
+#include <QTranslator>
+#include <QWebChannel>
 #include <QWebEngineView>
 
 class test_application : public QObject
@@ -33,10 +38,13 @@ class test_application : public QObject
 private slots:
     void initTestCase();
     void font_is_the_default_one();
+    void objects_are_made_in_their_order();
     void workers_share_the_serial_port();
     void workers_log_their_labels_and_end();
     void everything_lives_in_one_thread();
+    void arguments_are_known_to_the_meta_objects();
     void an_emit_returns_after_the_tables_are_rebuilt();
+    void menus_are_translated_at_first();
     void yes_ends_the_program_data();
     void yes_ends_the_program();
     void all_connections_stand_once();
@@ -44,14 +52,39 @@ private slots:
 private:
     application_objects m_objects{};
     QStringList m_start_lines;
+    QList<QObject*> m_made; ///< all objects of this thread, in the order of their making
 };
+
+// The hook of object inspectors: called at the making of each QObject.
+QT_BEGIN_NAMESPACE
+extern Q_CORE_EXPORT quintptr qtHookData[];
+QT_END_NAMESPACE
+
+namespace {
+
+constexpr int add_object_hook = 3;
+
+QList<QObject*> made_here;
+
+void note_object(QObject* one)
+{
+    static const Qt::HANDLE here = QThread::currentThreadId();
+    if (QThread::currentThreadId() == here) // the web engine makes objects elsewhere too
+        made_here.append(one);
+}
+
+} // namespace
 
 void test_application::initTestCase()
 {
     qputenv("PATH", ""); // no adb: nothing outside this process takes part
     install_default_font();
     const log_capture log;
+    note_object(nullptr); // from this thread
+    qtHookData[add_object_hook] = reinterpret_cast<quintptr>(&note_object);
     m_objects = make_application_objects();
+    qtHookData[add_object_hook] = 0;
+    m_made = made_here;
     for (QThread* worker :
          {static_cast<QThread*>(m_objects.key), static_cast<QThread*>(m_objects.serial),
           static_cast<QThread*>(m_objects.import), static_cast<QThread*>(m_objects.exporter),
@@ -67,6 +100,34 @@ void test_application::font_is_the_default_one()
     QCOMPARE(QApplication::font().family(), QStringLiteral("Microsoft YaHei"));
 }
 
+void test_application::objects_are_made_in_their_order()
+{
+    // The last of an address is the one that lives: memory is used again.
+    qsizetype before = -1;
+    for (QObject* one :
+         {static_cast<QObject*>(m_objects.key), static_cast<QObject*>(m_objects.window),
+          static_cast<QObject*>(m_objects.serial), static_cast<QObject*>(m_objects.import),
+          static_cast<QObject*>(m_objects.exporter), static_cast<QObject*>(m_objects.upload),
+          static_cast<QObject*>(m_objects.software), static_cast<QObject*>(m_objects.firmware)}) {
+        const qsizetype place = m_made.lastIndexOf(one);
+        QVERIFY(place > before);
+        before = place;
+    }
+    // Within the window the store of coordinate systems comes last: behind the
+    // timer, which is behind the tables.
+    const qsizetype store = m_made.lastIndexOf(m_objects.window->js);
+    QVERIFY(store < m_made.lastIndexOf(m_objects.serial));
+    QVERIFY(store > m_made.lastIndexOf(m_objects.window->timer));
+    QVERIFY(m_made.lastIndexOf(m_objects.window->timer) >
+            m_made.lastIndexOf(m_objects.window->model));
+    QVERIFY(m_made.lastIndexOf(m_objects.window->model) >
+            m_made.lastIndexOf(m_objects.window->web_channel));
+    QVERIFY(m_made.lastIndexOf(m_objects.window->web_channel) >
+            m_made.lastIndexOf(m_objects.window->ui->menuBar));
+    QVERIFY(m_made.lastIndexOf(m_objects.window->ui->action_english) >
+            m_made.lastIndexOf(m_objects.window->ui->tuxing_control));
+}
+
 void test_application::workers_share_the_serial_port()
 {
     QVERIFY(m_objects.serial->port != nullptr);
@@ -78,7 +139,7 @@ void test_application::workers_share_the_serial_port()
 void test_application::workers_log_their_labels_and_end()
 {
     const auto lines_with = [this](const QString& label) {
-        return m_start_lines.filter(QRegularExpression("^" + label + " ")).size();
+        return m_start_lines.filter(QRegularExpression("^" + label + " 0x[0-9a-f]+$")).size();
     };
     for (const char* label : {"thread_key ID:", "serial thread ID:", "file_import_thread ID:",
                               "file_export_thread ID:", "data_to_device ID:"})
@@ -86,6 +147,9 @@ void test_application::workers_log_their_labels_and_end()
     // The firmware worker has no label of its own and logs this one as well.
     QCOMPARE(lines_with("software_upgrade ID:"), 2);
     QCOMPARE(lines_with("hardware_upgrade ID:"), 0);
+    // These two are declared only.
+    QCOMPARE(lines_with("table_display ID:"), 0);
+    QCOMPARE(lines_with("other_information ID:"), 0);
 }
 
 void test_application::everything_lives_in_one_thread()
@@ -98,6 +162,25 @@ void test_application::everything_lives_in_one_thread()
         QCOMPARE(one->thread(), QThread::currentThread());
 }
 
+void test_application::arguments_are_known_to_the_meta_objects()
+{
+    int looked_at = 0;
+    for (const QObject* one :
+         {static_cast<QObject*>(m_objects.key), static_cast<QObject*>(m_objects.window),
+          static_cast<QObject*>(m_objects.serial), static_cast<QObject*>(m_objects.import),
+          static_cast<QObject*>(m_objects.exporter), static_cast<QObject*>(m_objects.upload),
+          static_cast<QObject*>(m_objects.software), static_cast<QObject*>(m_objects.firmware)}) {
+        const QMetaObject* meta = one->metaObject();
+        for (int at = meta->methodOffset(); at < meta->methodCount(); ++at) {
+            const QMetaMethod method = meta->method(at);
+            for (int k = 0; k < method.parameterCount(); ++k, ++looked_at)
+                QVERIFY2(method.parameterMetaType(k).isValid(),
+                         method.methodSignature().constData());
+        }
+    }
+    QVERIFY(looked_at > 300);
+}
+
 void test_application::an_emit_returns_after_the_tables_are_rebuilt()
 {
     measuringData record;
@@ -105,6 +188,26 @@ void test_application::an_emit_returns_after_the_tables_are_rebuilt()
     emit m_objects.serial->read_data_finished({record}, {"1,2"}, {"1,2,3\n"}, {{point_msg()}});
     QCOMPARE(m_objects.window->model->rowCount(), 1);
     QCOMPARE(m_objects.window->model_area->rowCount(), 1);
+}
+
+void test_application::menus_are_translated_at_first()
+{
+    // A switch sets their texts literally; a window made under a translator has
+    // its words.
+    QTranslator english;
+    QVERIFY(english.load("./en_CN.qm"));
+    QVERIFY(QCoreApplication::installTranslator(&english));
+    const MainWindow window;
+    QCoreApplication::removeTranslator(&english);
+    const std::pair<const QAction*, QString> texts[] = {
+        {window.ui->menu_file->menuAction(), "File"},
+        {window.ui->action_quit, "Quit"},
+        {window.ui->menu_map->menuAction(), "Map Options"},
+        {window.ui->action_google, "Google Map"},
+        {window.ui->action_sky, "Sky Map"},
+        {window.ui->action_about, "About of Velmo office"}};
+    for (const auto& [action, text] : texts)
+        QCOMPARE(action->text(), text);
 }
 
 void test_application::yes_ends_the_program_data()

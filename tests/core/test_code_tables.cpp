@@ -4,6 +4,8 @@
 #include <QSet>
 #include <QTest>
 
+#include <type_traits>
+
 using namespace Qt::StringLiterals;
 
 class test_code_tables : public QObject
@@ -12,6 +14,7 @@ class test_code_tables : public QObject
 
 private slots:
     void a_fresh_record_holds_zeros();
+    void fields_stand_in_their_order();
     void kinds_run_route_before_track();
     void kind_numbers();
     void time_zones_data();
@@ -55,6 +58,27 @@ void test_code_tables::a_fresh_record_holds_zeros()
     QVERIFY(hdop.isEmpty() && speed.isEmpty() && angle.isEmpty() && point_time.isEmpty());
     QCOMPARE(status, "0");
     QCOMPARE(widgetData(), (widgetData{QString(), 0}));
+}
+
+void test_code_tables::fields_stand_in_their_order()
+{
+    const measuringData record{"0",  "1",  "2",  "3",  "4",  "5",  "6",  "7",  "8",  "9",
+                               "10", "11", "12", "13", "14", "15", "16", "17", "18", "19"};
+    const QStringList in_order{
+        record.numpoint,    record.method, record.slope,     record.price,     record.distance,
+        record.jd,          record.areamu, record.areameter, record.md,        record.hd,
+        record.totalprices, record.time,   record.endtime,   record.numrecord, record.name,
+        record.timezone,    record.mode,   record.width,     record.id,        record.zj};
+    for (qsizetype place = 0; place < in_order.size(); ++place)
+        QCOMPARE(in_order.at(place), QString::number(place));
+
+    const point_msg point{"0", "1", "2", "3", "4"};
+    QCOMPARE((QStringList{point.hdop, point.speed, point.angle, point.time, point.status}),
+             (QStringList{"0", "1", "2", "3", "4"}));
+    const widgetData checked{"1,2", -3};
+    QCOMPARE(checked.data, "1,2");
+    QCOMPARE(checked.row, -3);
+    static_assert(std::is_same_v<decltype(widgetData::row), qint32>);
 }
 
 void test_code_tables::kinds_run_route_before_track()

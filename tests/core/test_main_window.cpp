@@ -9,6 +9,8 @@
 #include "core/thread_key.h"
 #include "exchange/input_window.h"
 #include "exchange/output_window.h"
+#include "presentation/bridge.h"
+#include "presentation/check_box_delegate.h"
 #include "presentation/graphic_widget.h"
 #include "support/box_watcher.h"
 #include "support/log_capture.h"
@@ -24,7 +26,9 @@
 #include <QFrame>
 #include <QGroupBox>
 #include <QHeaderView>
+#include <QIcon>
 #include <QImage>
+#include <QItemDelegate>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -42,9 +46,12 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QTranslator>
 #include <QUrl>
 #include <QVariant>
+#include <QWebChannel>
 #include <QWebEnginePage>
+#include <QWebEngineSettings>
 #include <QWebEngineView>
 #include <QWindow>
 
@@ -72,6 +79,9 @@ private slots:
     void init();
 
     void opens_as_designed();
+    void objects_have_their_names_data();
+    void objects_have_their_names();
+    void each_tab_has_its_table_and_its_box();
     void rectangles_data();
     void rectangles();
     void resizing_follows_the_rules();
@@ -84,13 +94,18 @@ private slots:
     void language_back_leaves_two_map_options_in_english();
     void language_clicked_twice_stays();
     void language_without_its_file_stays_in_the_old_one();
+    void translators_of_earlier_switches_stay();
     void headers_follow_at_the_next_rebuild();
 
     void lamps_share_the_text();
     void progress_and_read_button();
     void information_fills_both_panels();
     void drawing_gets_the_ticked_measurements();
+    void drawing_is_painted_anew_at_each_pass();
+    void the_timer_asks_for_the_totals_of_the_window();
+    void units_of_the_panels_are_fixed();
     void long_texts_fit_their_places();
+    void the_map_view_is_set_up();
     void scripts_reach_the_page_in_order();
     void language_reaches_the_page();
     void map_options_work_like_radio_buttons();
@@ -99,6 +114,8 @@ private slots:
     void close_asks_first();
     void menus_stand_as_designed();
     void help_boxes();
+    void help_boxes_in_english();
+    void the_store_that_is_handed_in_is_kept();
     void coordinate_settings_open_and_come_back();
     void coordinate_settings_end_before_they_open_again();
     void buttons_emit_their_signals();
@@ -110,6 +127,9 @@ private slots:
     void first_delivery_stays_when_the_second_comes();
     void shorter_lists_are_taken_as_far_as_all_go();
     void rows_stand_in_the_tables_of_their_kinds();
+    void every_view_has_its_headers_and_delegates_data();
+    void every_view_has_its_headers_and_delegates();
+    void a_rebuild_tells_its_relations_and_an_empty_one_nothing();
     void rebuild_clears_ticks_and_keeps_boxes();
     void emptied_tables_keep_headers_and_relations();
     void rebuild_releases_the_models_before();
@@ -133,6 +153,8 @@ private slots:
     void a_measurement_without_points_is_legal();
     void an_import_is_appended_like_a_read();
     void edit_without_relation_is_dropped();
+    void edit_behind_the_lists_is_dropped();
+    void names_and_times_are_written_everywhere();
     void editing_through_the_keyboard();
 
 public slots:
@@ -225,6 +247,96 @@ void test_main_window::opens_as_designed()
         QVERIFY(lamp->styleSheet().endsWith("border-radius:10px;"));
     }
     QVERIFY(!m_window->windowIcon().isNull());
+    QCOMPARE(m_window->windowIcon().pixmap(16).toImage(),
+             QIcon("./pic/com/1.ico").pixmap(16).toImage());
+    QCOMPARE(m_window->coordinate_form, nullptr);
+    QVERIFY(m_window->js != nullptr);
+
+    const std::pair<const QLabel*, QString> texts[] = {
+        {m_ui->label_2, "读取进度"},   {m_ui->label_frame, "测量信息"},
+        {m_ui->label_11, "已接收"},    {m_ui->label_total, "总计勾选:"},
+        {m_ui->label_14, "总计勾选:"}, {m_ui->label_area, "面积:"},
+        {m_ui->label_17, "面积:"},     {m_ui->label_dist, "周长:"},
+        {m_ui->label_21, "周长:"},     {m_ui->label_total_unit, "条"},
+        {m_ui->label_16, "条"},        {m_ui->label_area_unit, "平方米"},
+        {m_ui->label_18, "平方米"},    {m_ui->label_mu_unit, "亩"},
+        {m_ui->label_19, "亩"},        {m_ui->label_dist_unit, "米"},
+        {m_ui->label_22, "米"}};
+    for (const auto& [label, text] : texts)
+        QCOMPARE(label->text(), text);
+    QCOMPARE(m_ui->delect_tableandmap->text(), QStringLiteral("删除"));
+    QCOMPARE(m_ui->action_google->text(), QStringLiteral("谷歌地图"));
+    QCOMPARE(m_ui->action_sky->text(), QStringLiteral("天地图"));
+    for (const QAction* first : {m_ui->action_gaode, m_ui->action_chinese})
+        QVERIFY(first->isCheckable() && first->isChecked());
+    for (const QAction* other : {m_ui->action_google, m_ui->action_sky, m_ui->action_english})
+        QVERIFY(other->isCheckable() && !other->isChecked());
+    // What lies on the drawing goes with it.
+    for (const QWidget* one :
+         {static_cast<QWidget*>(m_ui->north), static_cast<QWidget*>(m_ui->frame),
+          static_cast<QWidget*>(m_ui->tuxing_control)})
+        QCOMPARE(one->parentWidget(), m_ui->widget_graphic);
+}
+
+void test_main_window::objects_have_their_names_data()
+{
+    QTest::addColumn<QString>("type");
+    const auto all = [](const char* type, std::initializer_list<const char*> names) {
+        for (const char* name : names)
+            QTest::newRow(name) << type;
+    };
+    all("QWidget", {"centralWidget", "widget1", "widget2", "widget3", "widget4", "tab", "tab_2",
+                    "tab_3", "tab_4", "tab_5", "tab_6", "tab_7"});
+    all("QPushButton", {"data_read", "data_to_device", "data_output_file", "data_input_file",
+                        "delect_tableandmap", "marlund", "pushButton_map", "pushButton_graph",
+                        "print", "softwareupgrade", "hardwareupgrade", "north", "tuxing_control"});
+    all("QTabWidget", {"tabWidget"});
+    all("QTableView", {"alltableView", "areatableView", "distableView", "pointtableView",
+                       "linetableView", "tracktableView", "fangyangtableView"});
+    all("QCheckBox", {"checkBox", "checkBox_mianji", "checkBox_juli", "checkBox_hangdian",
+                      "checkBox_hangxian", "checkBox_hangji", "checkBox_fangyang"});
+    all("QLabel",
+        {"label_tablist", "label_2",  "progressLabel", "totalchecked", "areameter",  "areamu",
+         "distmeter",     "LED",      "LED_2",         "label_serial", "label_8",    "label_20",
+         "label_11",      "label_10", "label_13",      "label_point",  "label_tiao", "label_15",
+         "label_24",      "label_25", "label_26"});
+    all("QProgressBar", {"progressBar"});
+    all("QGroupBox", {"groupBox"});
+    all("QWebEngineView", {"map"});
+    all("graphic_widget", {"widget_graphic"});
+    all("QFrame", {"frame"});
+    all("QMenuBar", {"menuBar"});
+}
+
+void test_main_window::objects_have_their_names()
+{
+    QFETCH(QString, type);
+    const auto found = m_window->findChildren<QWidget*>(QLatin1String(QTest::currentDataTag()));
+    QCOMPARE(found.size(), 1);
+    QVERIFY(found[0]->inherits(type.toLatin1().constData()));
+}
+
+void test_main_window::each_tab_has_its_table_and_its_box()
+{
+    const QStringList tabs{"tab", "tab_2", "tab_3", "tab_4", "tab_5", "tab_6", "tab_7"};
+    const QStringList views{"alltableView",  "areatableView",  "distableView",     "pointtableView",
+                            "linetableView", "tracktableView", "fangyangtableView"};
+    const QStringList boxes{"checkBox",          "checkBox_mianji",   "checkBox_juli",
+                            "checkBox_hangdian", "checkBox_hangxian", "checkBox_hangji",
+                            "checkBox_fangyang"};
+    QCOMPARE(m_ui->tabWidget->count(), 7);
+    for (int at = 0; at < 7; ++at) {
+        const QWidget* tab = m_ui->tabWidget->widget(at);
+        QCOMPARE(tab->objectName(), tabs[at]);
+        const auto* view = tab->findChild<QTableView*>();
+        QCOMPARE(view->objectName(), views[at]);
+        QCOMPARE(tab->findChild<QCheckBox*>()->objectName(), boxes[at]);
+        const QStandardItemModel* const models[] = {m_window->model,          m_window->model_area,
+                                                    m_window->model_distance, m_window->model_point,
+                                                    m_window->model_airline,  m_window->model_track,
+                                                    m_window->model_fangyang};
+        QCOMPARE(view->model(), models[at]);
+    }
 }
 
 void test_main_window::rectangles_data()
@@ -298,6 +410,28 @@ void test_main_window::resizing_follows_the_rules()
                                                    {m_ui->hardwareupgrade, {1036, 10}}};
     for (const auto& [widget, place] : top_bar)
         QCOMPARE(widget->pos(), place);
+
+    // A width of which each division leaves a rest, and each is cut off before it
+    // is multiplied: s is 1.
+    m_window->resize(1310, 900);
+    const std::pair<QWidget*, int> cut_off[] = {{m_ui->pushButton_map, 11},
+                                                {m_ui->pushButton_graph, 91},
+                                                {m_ui->label_8, 182},
+                                                {m_ui->label_serial, 202},
+                                                {m_ui->LED, 262},
+                                                {m_ui->LED_2, 292},
+                                                {m_ui->label_20, 323},
+                                                {m_ui->label_11, 334},
+                                                {m_ui->label_point, 455},
+                                                {m_ui->label_tiao, 515},
+                                                {m_ui->label_10, 575},
+                                                {m_ui->print, 580},
+                                                {m_ui->label_13, 676},
+                                                {m_ui->softwareupgrade, 687},
+                                                {m_ui->hardwareupgrade, 777}};
+    for (const auto& [widget, x] : cut_off)
+        QCOMPARE(widget->x(), x);
+    m_window->resize(1600, 900);
 
     // Below the limits the last layout stays, in each direction by itself.
     m_window->resize(1295, 700);
@@ -395,7 +529,8 @@ void test_main_window::styles_are_the_designed_ones()
         "border: 1px solid #c7c7c7;";
     for (const QWidget* one : {m_ui->widget1, m_ui->widget2, m_ui->widget3, m_ui->widget4,
                                static_cast<QWidget*>(m_ui->groupBox)})
-        QVERIFY2(one->styleSheet().startsWith(panel), qPrintable(one->objectName()));
+        QVERIFY2(one->styleSheet().startsWith(panel + "border-radius: "),
+                 qPrintable(one->objectName()));
     QVERIFY(m_ui->widget3->styleSheet().contains(
         "QTableView {    border: none;    background-color: white;    gridline-color: #c7c7c7;"
         "    selection-background-color: #a0a0a0;    selection-color: white;}"));
@@ -556,6 +691,18 @@ void test_main_window::headers_follow_at_the_next_rebuild()
         QCOMPARE(m_window->model->item(row, 4)->text(), words[row]);
 }
 
+void test_main_window::translators_of_earlier_switches_stay()
+{
+    choose_english();
+    choose_chinese();
+    const auto installed = m_window->findChildren<QTranslator*>();
+    QVERIFY(installed.size() >= 2);
+    for (QTranslator* one : installed) {
+        QVERIFY(QCoreApplication::removeTranslator(one)); // only what is installed goes
+        QVERIFY(QCoreApplication::installTranslator(one));
+    }
+}
+
 // What comes back
 
 void test_main_window::lamps_share_the_text()
@@ -569,7 +716,10 @@ void test_main_window::lamps_share_the_text()
     m_window->set_LED_2(false);
     QCOMPARE(m_ui->label_serial->text(), QStringLiteral("未连接"));
     QVERIFY(m_ui->LED->styleSheet().contains("rgba(0, 229, 0, 255)"));
-    QVERIFY(m_ui->LED_2->styleSheet().contains("rgba(255, 0, 0, 255)"));
+    QCOMPARE(m_ui->LED_2->styleSheet(),
+             QStringLiteral("background-color: qradialgradient(spread:pad, cx:0.5, cy:0.5, "
+                            "radius:0.5, fx:0.5, fy:0.5, stop:0 rgba(255, 0, 0, 255), stop:1 "
+                            "rgba(220, 220, 220, 255));border-radius:10px;"));
     choose_english();
     m_window->set_LED_2(true);
     QCOMPARE(m_ui->label_serial->text(), QStringLiteral("connect"));
@@ -628,6 +778,78 @@ void test_main_window::drawing_gets_the_ticked_measurements()
     QCOMPARE(drawing.frame_shown, 0);
     m_ui->tuxing_control->click();
     m_window->timer->start();
+}
+
+/// Counts the paint events of a widget.
+class paint_counter : public QObject
+{
+public:
+    explicit paint_counter(QWidget* watched) { watched->installEventFilter(this); }
+
+    int paints = 0;
+
+protected:
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint)
+            ++paints;
+        return false;
+    }
+};
+
+void test_main_window::drawing_is_painted_anew_at_each_pass()
+{
+    m_window->timer->stop();
+    m_ui->pushButton_graph->click();
+    paint_counter counter(m_ui->widget_graphic);
+    QTRY_VERIFY(counter.paints > 0); // it has come to the front
+    for (int pass = 0; pass < 2; ++pass) {
+        QTest::qWait(50);
+        counter.paints = 0;
+        // With the texts of before, so that no label asks for anything.
+        emit m_objects.key->information(m_ui->totalchecked->text(), m_ui->areameter->text(),
+                                        m_ui->areamu->text(), m_ui->distmeter->text(),
+                                        m_ui->label_point->text(), m_ui->label_tiao->text(), {});
+        QTRY_VERIFY(counter.paints > 0);
+    }
+    m_window->timer->start();
+}
+
+void test_main_window::the_timer_asks_for_the_totals_of_the_window()
+{
+    deliver(sample_lists::one_of_each());
+    QSignalSpy asked(m_window, &MainWindow::send_check_sign_to_threadkey_other);
+    QVERIFY(asked.wait());
+    QCOMPARE(asked[0][0].value<QStandardItemModel*>(), m_window->model);
+    QCOMPARE(asked[0][1].value<QList<measuringData>>(), m_window->table_list);
+    QCOMPARE(asked[0][2].toStringList(), m_window->data_msg);
+    // It goes on, and it follows a rebuild.
+    deliver(sample_lists::named({"a"}));
+    asked.clear();
+    QVERIFY(asked.wait());
+    QCOMPARE(asked[0][0].value<QStandardItemModel*>(), m_window->model);
+    QCOMPARE(asked[0][1].value<QList<measuringData>>().size(), m_window->table_list.size());
+}
+
+void test_main_window::units_of_the_panels_are_fixed()
+{
+    // The sums are in square metres, mu and metres, whatever units the
+    // instrument had chosen.
+    sample_lists lists = sample_lists::of_methods({"面积"});
+    lists.table_list[0].md = "3";
+    lists.table_list[0].jd = "5";
+    deliver(lists);
+    m_ui->checkBox->setChecked(true);
+    QTRY_COMPARE(m_ui->totalchecked->text(), QStringLiteral("1"));
+    QCOMPARE(m_ui->areameter->text(), QStringLiteral("1000"));
+    QCOMPARE(m_ui->areamu->text(), QStringLiteral("1.5"));
+    QCOMPARE(m_ui->distmeter->text(), QStringLiteral("130.5"));
+    for (const QLabel* unit : {m_ui->label_area_unit, m_ui->label_18})
+        QCOMPARE(unit->text(), QStringLiteral("平方米"));
+    for (const QLabel* unit : {m_ui->label_mu_unit, m_ui->label_19})
+        QCOMPARE(unit->text(), QStringLiteral("亩"));
+    for (const QLabel* unit : {m_ui->label_dist_unit, m_ui->label_22})
+        QCOMPARE(unit->text(), QStringLiteral("米"));
 }
 
 void test_main_window::long_texts_fit_their_places()
@@ -696,6 +918,27 @@ QString test_main_window::calls_of_page() const
     return answer_of_page("window.calls.splice(0).join(' | ')").toString();
 }
 
+void test_main_window::the_map_view_is_set_up()
+{
+    const QWebEngineSettings* settings = m_ui->map->settings();
+    for (const QWebEngineSettings::WebAttribute attribute :
+         {QWebEngineSettings::JavascriptEnabled,
+          QWebEngineSettings::LocalContentCanAccessRemoteUrls,
+          QWebEngineSettings::LocalContentCanAccessFileUrls, QWebEngineSettings::AutoLoadImages,
+          QWebEngineSettings::PluginsEnabled, QWebEngineSettings::AllowRunningInsecureContent})
+        QVERIFY2(settings->testAttribute(attribute), qPrintable(QString::number(attribute)));
+    QCOMPARE(m_window->web_channel->parent(), m_window);
+    QCOMPARE(m_ui->map->page()->webChannel(), m_window->web_channel);
+    const QHash<QString, QObject*> offered = m_window->web_channel->registeredObjects();
+    QCOMPARE(offered.keys(), QStringList{"bridge_name"});
+    const QObject* one = offered.value("bridge_name");
+    QVERIFY(qobject_cast<const bridge*>(one) != nullptr);
+    QCOMPARE(one->parent(), nullptr);
+    // It offers nothing.
+    QCOMPARE(bridge::staticMetaObject.methodCount(), QObject::staticMetaObject.methodCount());
+    QCOMPARE(bridge::staticMetaObject.propertyCount(), QObject::staticMetaObject.propertyCount());
+}
+
 void test_main_window::scripts_reach_the_page_in_order()
 {
     const page_recorder recorder(m_ui->map);
@@ -704,10 +947,21 @@ void test_main_window::scripts_reach_the_page_in_order()
     const QString area = "begin 1 | append | finish";
     const QString waypoint = "begin 3 | append | finish";
 
+    QStringList scripts_lengths;
+    const QMetaObject::Connection counted =
+        connect(m_objects.key, &thread_key::draw_map_signal, this,
+                [&](const QString& script) { scripts_lengths += QString::number(script.size()); });
     const log_capture log;
     m_ui->checkBox->setChecked(true);
+    disconnect(counted);
+    QCOMPARE(scripts_lengths.size(), 6);
     QCOMPARE(calls_of_page(), "clear | " + area + " | " + waypoint);
-    QVERIFY(log.has("map script length: "));
+    QStringList lengths;
+    for (const QString& line : log.texts()) {
+        if (line.startsWith("map script length: "))
+            lengths += line.section(' ', -1);
+    }
+    QCOMPARE(lengths, scripts_lengths);
     m_ui->checkBox->setChecked(false); // erasing is dropped: only clearing removes figures
     QCOMPARE(calls_of_page(), QStringLiteral("clear"));
 
@@ -896,6 +1150,33 @@ void test_main_window::help_boxes()
     QCOMPARE(watcher.boxes[2].text, help.join('\n'));
     for (const box_watcher::seen_box& box : std::as_const(watcher.boxes))
         QCOMPARE(box.buttons, QMessageBox::Ok);
+}
+
+void test_main_window::help_boxes_in_english()
+{
+    choose_english();
+    box_watcher watcher;
+    m_ui->action_about->trigger();
+    m_ui->action_download->trigger();
+    QCOMPARE(watcher.boxes.size(), 2);
+    QCOMPARE(watcher.boxes[0].title, QStringLiteral("About Velmo"));
+    QVERIFY(watcher.boxes[0].text.contains(":V3.2.3\nMarlund") ||
+            watcher.boxes[0].text.contains(": V3.2.3\nMarlund"));
+    QVERIFY(!watcher.boxes[0].text.contains("软件"));
+    QCOMPARE(watcher.boxes[1].title, QStringLiteral("Data of Software Download"));
+    QCOMPARE(watcher.boxes[1].text, QStringLiteral("This function awaits an update"));
+}
+
+void test_main_window::the_store_that_is_handed_in_is_kept()
+{
+    JsonFileManager* const own = m_window->js;
+    JsonFileManager other;
+    m_window->setmodeflag(2, &other, 5);
+    QCOMPARE(m_window->mode_flag, 2);
+    QCOMPARE(m_window->js, &other);
+    QCOMPARE(m_window->sys_index, 5);
+    m_window->setmodeflag(0, own, 0);
+    QCOMPARE(m_window->js, own);
 }
 
 void test_main_window::coordinate_settings_open_and_come_back()
@@ -1164,6 +1445,72 @@ void test_main_window::rows_stand_in_the_tables_of_their_kinds()
     QCOMPARE(m_ui->areatableView->horizontalHeader()->sectionResizeMode(2), QHeaderView::Fixed);
 }
 
+void test_main_window::every_view_has_its_headers_and_delegates_data()
+{
+    QTest::addColumn<bool>("main_table");
+    QTest::newRow("alltableView") << true;
+    for (const char* view : {"areatableView", "distableView", "pointtableView", "linetableView",
+                             "tracktableView", "fangyangtableView"})
+        QTest::newRow(view) << false;
+}
+
+void test_main_window::every_view_has_its_headers_and_delegates()
+{
+    QFETCH(bool, main_table);
+    deliver(sample_lists::one_of_each());
+    auto* view = m_window->findChild<QTableView*>(QLatin1String(QTest::currentDataTag()));
+    const auto* model = qobject_cast<QStandardItemModel*>(view->model());
+    const QStringList headers{"", "序号", "数据名称", "采集时间", "类型"};
+    const int widths[] = {42, 40, 100, 128, 42};
+    const int columns = main_table ? 5 : 4;
+    QCOMPARE(model->columnCount(), columns);
+    QHeaderView* header = view->horizontalHeader();
+    QVERIFY(view->verticalHeader()->isHidden());
+    QCOMPARE(header->defaultAlignment(), Qt::AlignHCenter | Qt::AlignVCenter);
+    QCOMPARE(header->stretchLastSection(), !main_table);
+    QVERIFY(qobject_cast<CheckBoxDelegate*>(view->itemDelegate()) != nullptr);
+    for (int column = 0; column < columns; ++column) {
+        QCOMPARE(model->headerData(column, Qt::Horizontal).toString(), headers[column]);
+        QCOMPARE(header->sectionResizeMode(column), QHeaderView::Fixed);
+        if (main_table || column < 3)
+            QCOMPARE(view->columnWidth(column), widths[column]);
+        if (column == 0)
+            continue;
+        QCOMPARE(model->item(0, column)->textAlignment(), Qt::AlignCenter);
+        QVERIFY(model->item(0, column)->isEditable());
+        const QAbstractItemDelegate* plain = view->itemDelegateForColumn(column);
+        QVERIFY(plain != nullptr);
+        QCOMPARE(plain->metaObject()->className(), "QItemDelegate");
+    }
+    QCOMPARE(view->itemDelegateForColumn(0), nullptr); // the view's own: the ticks
+    QCOMPARE(model->item(0, 0)->text(), QString());
+}
+
+void test_main_window::a_rebuild_tells_its_relations_and_an_empty_one_nothing()
+{
+    QSignalSpy told(m_window, &MainWindow::relation_table);
+    const log_capture log;
+    deliver(
+        sample_lists::of_methods({"放样", "航迹", "航线", "航点", "距离", "面积", "自制", "面积"}));
+    QVERIFY(log.has("全部数组中有： 8"));
+    QCOMPARE(told.size(), 1);
+    const pairs expected[] = {{{0, 5}, {1, 7}}, {{0, 4}}, {{0, 3}}, {{0, 2}}, {{0, 1}}, {{0, 0}}};
+    for (int list = 0; list < 6; ++list)
+        QCOMPARE(told[0][list].value<pairs>(), expected[list]);
+    const thread_key& hub = *m_objects.key;
+    const pairs* const copies[] = {&hub.relation_area,  &hub.relation_distance,
+                                   &hub.relation_point, &hub.relation_airline,
+                                   &hub.relation_track, &hub.relation_fangyang};
+    for (int list = 0; list < 6; ++list)
+        QCOMPARE(*copies[list], expected[list]);
+    QCOMPARE(thread_key::find_type_row(5, hub.relation_area), 0);
+    QCOMPARE(thread_key::find_type_row(7, hub.relation_area), 1);
+
+    m_window->reset_table_data({}, {}, {}, {});
+    QCOMPARE(told.size(), 1);
+    QVERIFY(!log.has("全部数组中有： 0"));
+}
+
 void test_main_window::rebuild_clears_ticks_and_keeps_boxes()
 {
     deliver(sample_lists::one_of_each());
@@ -1413,6 +1760,8 @@ void test_main_window::name_edited_in_a_kind_table()
     QCOMPARE(m_window->model->item(2, 2)->text(), QStringLiteral("renamed"));
     QVERIFY(m_window->table_list[1].name != QStringLiteral("renamed"));
     QVERIFY(log.has(words + " 2 新名称: \"renamed\""));
+    // What the edit writes into the main table is no edit of its own.
+    QVERIFY(!log.has("更新主表数据名称"));
     QCOMPARE(m_window->table_list[2].time,
              sample_lists::of_methods({"", "", ""}).table_list[2].time);
 
@@ -1421,6 +1770,7 @@ void test_main_window::name_edited_in_a_kind_table()
     QCOMPARE(m_window->model->item(1, 3)->text(), QStringLiteral("2024-1-1 0:0:0"));
     QVERIFY(log.has(time_words + " 1 time \"2024-1-1 0:0:0\""));
     QVERIFY(log.has("Data time sync completed: main row 1 time \"2024-1-1 0:0:0\""));
+    QVERIFY(!log.has("Updated main table time"));
 }
 
 void test_main_window::time_is_taken_as_typed()
@@ -1481,6 +1831,52 @@ void test_main_window::edit_without_relation_is_dropped()
     m_window->model_area->item(0, 2)->setText("lost");
     QCOMPARE(m_window->table_list, before);
     QVERIFY(m_window->model->item(0, 2)->text() != QStringLiteral("lost"));
+}
+
+void test_main_window::edit_behind_the_lists_is_dropped()
+{
+    deliver(sample_lists::of_methods({"面积"}));
+    const QString name = m_window->model_area->item(0, 2)->text();
+    const QString time = m_window->model_area->item(0, 3)->text();
+    m_window->table_list.clear();
+    m_window->model->item(0, 2)->setText("lost");
+    m_window->model->item(0, 3)->setText("lost");
+    QVERIFY(m_window->table_list.isEmpty());
+    QCOMPARE(m_window->model_area->item(0, 2)->text(), name);
+    QCOMPARE(m_window->model_area->item(0, 3)->text(), time);
+}
+
+void test_main_window::names_and_times_are_written_everywhere()
+{
+    deliver(sample_lists::of_methods({"面积", "航迹", "面积"}));
+    const log_capture log;
+    // Two names of one operation. Neither touches the lists.
+    const QList<measuringData> before = m_window->table_list;
+    m_window->updateDataNameInAllTables(2, "second");
+    QVERIFY(log.has("数据名称同步完成: 主表行 2 新名称: \"second\""));
+    m_window->syncDataNameToOtherTables(1, "track");
+    m_window->updateDataTimeInAllTables(2, "noon");
+    QCOMPARE(m_window->model->item(2, 2)->text(), QStringLiteral("second"));
+    QCOMPARE(m_window->model_area->item(1, 2)->text(), QStringLiteral("second"));
+    QCOMPARE(m_window->model->item(1, 2)->text(), QStringLiteral("track"));
+    QCOMPARE(m_window->model_track->item(0, 2)->text(), QStringLiteral("track"));
+    QCOMPARE(m_window->model->item(2, 3)->text(), QStringLiteral("noon"));
+    QCOMPARE(m_window->model_area->item(1, 3)->text(), QStringLiteral("noon"));
+    QCOMPARE(m_window->model_area->item(0, 2)->text(), QStringLiteral("m0"));
+    QCOMPARE(m_window->table_list, before);
+
+    // Rows that are not there are passed over, of several pairs the first counts.
+    m_window->relation_area = {{9, 0}, {1, 0}, {0, 2}, {1, 2}, {0, 99}};
+    m_window->updateDataNameInAllTables(0, "nowhere");
+    QCOMPARE(m_window->model->item(0, 2)->text(), QStringLiteral("nowhere"));
+    QCOMPARE(m_window->model_area->item(1, 2)->text(), QStringLiteral("second"));
+    m_window->updateDataNameInAllTables(2, "first pair");
+    QCOMPARE(m_window->model_area->item(0, 2)->text(), QStringLiteral("first pair"));
+    QCOMPARE(m_window->model_area->item(1, 2)->text(), QStringLiteral("second"));
+    m_window->updateDataNameInAllTables(99, "behind");
+    QCOMPARE(m_window->model_area->item(0, 2)->text(), QStringLiteral("behind"));
+    m_window->updateDataNameInAllTables(-1, "before");
+    QVERIFY(m_window->model->findItems("before", Qt::MatchExactly, 2).isEmpty());
 }
 
 void test_main_window::editing_through_the_keyboard()

@@ -6,6 +6,7 @@
 #include <QDesktopServices>
 #include <QMetaMethod>
 #include <QRegularExpression>
+#include <QSet>
 #include <QStandardItemModel>
 #include <QStandardPaths>
 #include <QTest>
@@ -257,7 +258,10 @@ private slots:
     void totals_keep_six_digits_and_whole_metres();
     void totals_are_translated();
 
+    void ticks_are_shown_values_and_edits();
+
     void signals_in_declaration_order();
+    void arguments_have_their_names();
     void arguments_are_known_to_the_meta_object();
     void reads_go_to_the_serial_worker();
     void results_come_back_with_their_origin();
@@ -792,6 +796,56 @@ void test_thread_key::twenty_thousand_rows()
     QCOMPARE(window_side::ticks(window.model).count(u'x'), 200);
 }
 
+/// Notes with which roles the check cells are read and written.
+class role_recorder : public QStandardItemModel
+{
+    Q_OBJECT
+
+public:
+    using QStandardItemModel::QStandardItemModel;
+
+    [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override
+    {
+        read.insert(role);
+        return QStandardItemModel::data(index, role);
+    }
+    bool setData(const QModelIndex& index, const QVariant& value, int role) override
+    {
+        written.insert(role);
+        return QStandardItemModel::setData(index, value, role);
+    }
+
+    mutable QSet<int> read;
+    QSet<int> written;
+};
+
+void test_thread_key::ticks_are_shown_values_and_edits()
+{
+    thread_key hub;
+    window_side window(hub, {u"面积"_s});
+    role_recorder all(1, 2);
+    role_recorder areas(1, 2);
+    const auto call = [&](window_side::bulk_slot slot) {
+        (hub.*slot)(true, &all, &areas, &window.of_kind[1], &window.of_kind[2], &window.of_kind[3],
+                    &window.of_kind[4], &window.of_kind[5], window.table_list, window.data_msg);
+    };
+    call(&thread_key::recv_check_all);
+    QCOMPARE(all.written, QSet<int>{Qt::EditRole});
+    QCOMPARE(areas.written, QSet<int>{Qt::EditRole});
+    call(&thread_key::recv_all_table_change);
+    QCOMPARE(all.read, QSet<int>{Qt::DisplayRole});
+    call(&thread_key::recv_area_table_change);
+    QCOMPARE(areas.read, QSet<int>{Qt::DisplayRole});
+    all.read.clear();
+    hub.check_countmsg(&all, window.table_list, window.data_msg);
+    QCOMPARE(all.read, QSet<int>{Qt::DisplayRole});
+    all.read.clear();
+    hub.recv_delete_sign_from_velmo(&all, window.table_list, window.data_msg,
+                                    window.data_msg_altitude, window.point_msg_all);
+    QCOMPARE(all.read, QSet<int>{Qt::DisplayRole});
+    QCOMPARE(all.written, QSet<int>{Qt::EditRole});
+}
+
 // Deletion
 
 void test_thread_key::deletion()
@@ -994,6 +1048,44 @@ void test_thread_key::signals_in_declaration_order()
                                  "delete_map_signal",
                                  "re_init_model_table",
                                  "send_delete_table_data"}));
+}
+
+void test_thread_key::arguments_have_their_names()
+{
+    // In the spelling in force, capitals among them. Arguments that are not in
+    // the table have names of our own choosing.
+    const QMap<QByteArray, QByteArrayList> expected{
+        {"data_finished", {"", "table_list", "data_msg", "data_msg_altitude", "point_msg_all"}},
+        {"send_cmd_to_serial_thread",
+         {"", "table_list", "data_msg", "data_msg_altitude", "point_msg_all"}},
+        {"send_cmd_to_file_import_thread", {"", "mode", "js", "sys_index"}},
+        {"send_cmd_to_import_data_to_device_thread", {"model", "Table_list", "Data_msg_altitude"}},
+        {"send_cmd_to_picture_export_thread",
+         {"m_parentWebEngineView", "m_parentwidgetView", "picture_flag", "file_path"}},
+        {"send_cmd_to_file_export_thread",
+         {"cmd", "mode", "", "", "", "", "model", "table_list", "data_msg_altitude", "file_path",
+          "point_msg_all"}},
+        {"send_set_ui_to_updata_form", {"bytesReceived", "bytesTotal", "progressBar"}},
+        {"send_sure_to_hardware_updata_thread", {"combobox"}},
+        {"re_init_model_table", {}},
+        {"send_delete_table_data",
+         {"table_list", "data_msg", "data_msg_altitude", "point_msg_all"}}};
+    int found = 0;
+    const QMetaObject& meta = thread_key::staticMetaObject;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+        const QMetaMethod method = meta.method(i);
+        const auto wanted = expected.constFind(method.name());
+        if (method.methodType() != QMetaMethod::Signal || wanted == expected.cend())
+            continue;
+        ++found;
+        const QByteArrayList names = method.parameterNames();
+        QCOMPARE(names.size(), wanted->size());
+        for (qsizetype k = 0; k < names.size(); ++k) {
+            if (!wanted->at(k).isEmpty())
+                QCOMPARE(names.at(k), wanted->at(k));
+        }
+    }
+    QCOMPARE(found, expected.size());
 }
 
 void test_thread_key::arguments_are_known_to_the_meta_object()

@@ -27,6 +27,7 @@
 #include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSerialPort>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -50,6 +51,13 @@ Form* open_form()
             return form;
     }
     return nullptr;
+}
+
+/// The picture in a page, as a PNG file.
+QByteArray picture_in(const QTextEdit& page)
+{
+    static const QRegularExpression pattern("base64,([^\"]*)\"");
+    return QByteArray::fromBase64(pattern.match(page.toHtml()).captured(1).toLatin1());
 }
 
 class nothing_else final : public instrument::protocol
@@ -145,7 +153,13 @@ void test_update_windows::print_shows_the_drawing()
     QPointer<print> form = open_form<print>();
     QVERIFY(form != nullptr);
     QCOMPARE(form->windowModality(), Qt::ApplicationModal);
-    QVERIFY(form->textEdit->toHtml().contains("data:image/png;base64,"));
+    // The drawing, though the map is in front.
+    QCOMPARE(m_window->map_shown, 1);
+    print drawing;
+    drawing.add_print_image(m_window->ui->widget_graphic);
+    const QByteArray page = picture_in(*form->textEdit);
+    QVERIFY(page.startsWith("\x89PNG"));
+    QCOMPARE(page, picture_in(*drawing.textEdit));
     form->close();
     QTRY_VERIFY(form == nullptr); // nothing is left of it
 }
@@ -163,6 +177,11 @@ void test_update_windows::the_check_is_made_when_the_window_opens()
     m_server->answers["/software_update.json"] = {
         .body = R"({"VerisonObj":{"LatestVersion":"V3.2.3"}})"};
     QSignalSpy asked(m_window, &MainWindow::send_btm_sign_to_threadkey_software_upgrade);
+    // The window is there already when the host is asked.
+    bool shown_by_then = false;
+    const QMetaObject::Connection looked =
+        connect(m_window, &MainWindow::send_btm_sign_to_threadkey_software_upgrade, this,
+                [&] { shown_by_then = open_form<updateForm>() != nullptr; });
     box_watcher watcher;
     if (by_menu)
         m_window->ui->action_software->trigger();
@@ -174,6 +193,8 @@ void test_update_windows::the_check_is_made_when_the_window_opens()
     QCOMPARE(form->language, m_window->language);
     QCOMPARE(asked.size(), 1);
     QCOMPARE(asked[0], (QVariantList{"V3.2.3", m_window->language}));
+    QVERIFY(shown_by_then);
+    disconnect(looked);
     QTRY_COMPARE_WITH_TIMEOUT(watcher.boxes.size(), 1, patience_ms);
     QCOMPARE(watcher.boxes[0].text, QStringLiteral("当前已经是最新版本!"));
     QVERIFY(form->isVisible());

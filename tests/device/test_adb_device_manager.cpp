@@ -8,6 +8,7 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QMetaMethod>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -35,6 +36,7 @@ private slots:
     void init();
     void cleanup();
 
+    void names_of_signals_and_slots();
     void locates_adb();
     void nothing_runs_at_first();
     void no_adb();
@@ -46,6 +48,7 @@ private slots:
     void device_lists();
     void changes_are_told_in_order();
     void a_poll_while_a_change_is_told();
+    void a_query_that_crashes_counts();
     void unauthorized_turns_to_device();
     void a_slow_query_is_not_overlapped();
     void a_query_that_cannot_start();
@@ -81,6 +84,17 @@ void test_adb_device_manager::query(AdbDeviceManager& manager, const QByteArray&
     QTRY_COMPARE(finished.size(), 1);
 }
 
+void test_adb_device_manager::names_of_signals_and_slots()
+{
+    QStringList declared;
+    const QMetaObject& meta = AdbDeviceManager::staticMetaObject;
+    for (int at = meta.methodOffset(); at < meta.methodCount(); ++at)
+        declared += QString::fromLatin1(meta.method(at).methodSignature());
+    QCOMPARE(declared,
+             (QStringList{"deviceAttached(QString)", "deviceDetached(QString)",
+                          "onAdbDevicesFinished(int,QProcess::ExitStatus)", "checkDevices()"}));
+}
+
 void test_adb_device_manager::locates_adb()
 {
     const AdbDeviceManager manager;
@@ -106,6 +120,7 @@ void test_adb_device_manager::locates_adb()
 void test_adb_device_manager::nothing_runs_at_first()
 {
     const AdbDeviceManager manager;
+    QCOMPARE(manager.poll_timer.parent(), &manager);
     QCOMPARE(manager.poll_timer.interval(), 1500);
     QVERIFY(!manager.poll_timer.isSingleShot());
     QVERIFY(!manager.poll_timer.isActive());
@@ -182,6 +197,9 @@ void test_adb_device_manager::device_lists_data()
                          << QStringList{"abc"};
     QTest::newRow("line ends of Windows")
         << QByteArray("List of devices attached\r\nabc\tdevice\r\n\r\n") << QStringList{"abc"};
+    QTest::newRow("a carriage return anywhere")
+        << QByteArray("a\rb\r\tde\rvice\n") << QStringList{"ab"};
+    QTest::newRow("not only ASCII") << QByteArray("手机\tdevice\n") << QStringList{"手机"};
     QTest::newRow("key order") << QByteArray("b\tdevice\na\tdevice\n") << QStringList{"a", "b"};
     QTest::newRow("other states")
         << QByteArray("a\tunauthorized\nb\toffline\nc\tdevice\nd\tDevice\ne\tdevice \n")
@@ -249,6 +267,20 @@ void test_adb_device_manager::a_poll_while_a_change_is_told()
     poll();
     QCOMPARE(told, (QStringList{"+c", "-a", "-b"}));
     QCOMPARE(manager.known_devices.keys(), QStringList{"c"});
+}
+
+void test_adb_device_manager::a_query_that_crashes_counts()
+{
+    AdbDeviceManager manager;
+    ground->write("list", "abc\tdevice\n");
+    manager.adb_path =
+        ground->script("cat '" + ground->path("list").toLocal8Bit() + "'; kill -9 $$");
+    QSignalSpy finished(&manager.process, &QProcess::finished);
+    QSignalSpy attached(&manager, &AdbDeviceManager::deviceAttached);
+    manager.checkDevices();
+    QTRY_COMPARE(finished.size(), 1);
+    QCOMPARE(manager.process.exitStatus(), QProcess::CrashExit);
+    QCOMPARE(arguments_of(attached), QStringList{"abc"});
 }
 
 void test_adb_device_manager::unauthorized_turns_to_device()

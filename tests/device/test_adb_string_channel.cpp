@@ -7,12 +7,18 @@
 #include "support/log_capture.h"
 
 #include <QElapsedTimer>
+#include <QMetaMethod>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTest>
 
 #include <memory>
+
+#include <arpa/inet.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 /// Forward and socket of one Android instrument. The main road goes through the
 /// real adb to a simulated instrument; what adb cannot be brought to is played by
@@ -25,6 +31,7 @@ private slots:
     void init();
     void cleanup();
 
+    void names_of_signals_and_slots();
     void a_new_channel();
     void commands_of_adb();
     void forwards_and_talks();
@@ -35,11 +42,14 @@ private slots:
     void other_errors_stop_the_search();
     void adb_that_cannot_run();
     void adb_that_hangs();
+    void a_removal_that_hangs();
     void nobody_behind_the_forward();
+    void a_connection_that_takes_too_long();
     void an_open_channel_stays_as_it_is();
     void closing_once_and_for_all();
     void closing_before_opening();
     void a_broken_connection_closes();
+    void a_wait_for_nothing_is_no_error();
     void received_bytes();
     void an_idle_channel_fills_no_memory();
 
@@ -106,6 +116,16 @@ std::unique_ptr<AdbStringChannel> test_adb_string_channel::make_connected()
     return channel;
 }
 
+void test_adb_string_channel::names_of_signals_and_slots()
+{
+    QStringList declared;
+    const QMetaObject& meta = AdbStringChannel::staticMetaObject;
+    for (int at = meta.methodOffset(); at < meta.methodCount(); ++at)
+        declared += QString::fromLatin1(meta.method(at).methodSignature());
+    QCOMPARE(declared, (QStringList{"stringReceived(char*)", "channelClosed()", "onReadyRead()",
+                                    "onSocketError(QAbstractSocket::SocketError)"}));
+}
+
 void test_adb_string_channel::a_new_channel()
 {
     const AdbStringChannel channel("127.0.0.1", 12345, "abc", "adb");
@@ -132,6 +152,12 @@ void test_adb_string_channel::commands_of_adb()
     ground->forget_calls();
     channel->close();
     QCOMPARE(ground->calls(), QStringList{"-s abc forward --remove tcp:" + port});
+    // What a person who looks for a fault has to see, and what only a developer.
+    for (const log_capture::line& line : log->lines()) {
+        const bool told = line.text.contains("run:") || line.text.contains("TCP ready:") ||
+                          line.text.endsWith("close");
+        QCOMPARE(line.type, told ? QtInfoMsg : QtDebugMsg);
+    }
 }
 
 void test_adb_string_channel::forwards_and_talks()
@@ -254,6 +280,19 @@ void test_adb_string_channel::adb_that_hangs()
     QCOMPARE(ground->calls().size(), 2);
 }
 
+void test_adb_string_channel::a_removal_that_hangs()
+{
+    server = std::make_unique<QTcpServer>();
+    QVERIFY(server->listen(QHostAddress::LocalHost));
+    const auto channel = make(ground->script("[ \"$4\" = --remove ] && exec sleep 60\nexit 0"),
+                              server->serverPort());
+    QElapsedTimer elapsed;
+    elapsed.start();
+    QVERIFY(channel->open()); // killed and forgotten
+    QVERIFY(elapsed.elapsed() >= 2800);
+    QVERIFY(elapsed.elapsed() < 20000);
+}
+
 void test_adb_string_channel::nobody_behind_the_forward()
 {
     quint16 port = 0;
@@ -277,6 +316,41 @@ void test_adb_string_channel::nobody_behind_the_forward()
     QCOMPARE(ground->calls().size(), calls);
 }
 
+/// Whoever listens there takes nobody in: its queue is full.
+void test_adb_string_channel::a_connection_that_takes_too_long()
+{
+    const int listening = socket(AF_INET, SOCK_STREAM, 0);
+    const auto close_listening = qScopeGuard([listening] { ::close(listening); });
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    QCOMPARE(bind(listening, reinterpret_cast<sockaddr*>(&address), size), 0);
+    QCOMPARE(listen(listening, 0), 0);
+    QCOMPARE(getsockname(listening, reinterpret_cast<sockaddr*>(&address), &size), 0);
+    const quint16 port = ntohs(address.sin_port);
+    QList<QTcpSocket*> queue;
+    const auto leave_queue = qScopeGuard([&queue] { qDeleteAll(queue); });
+    do {
+        queue += new QTcpSocket;
+        queue.last()->connectToHost("127.0.0.1", port);
+    } while (queue.last()->waitForConnected(500) && queue.size() < 50);
+    if (queue.size() == 50)
+        QSKIP("the queue never fills on this system");
+
+    const auto channel = make(ground->script("exit 0"), port);
+    QElapsedTimer elapsed;
+    elapsed.start();
+    QVERIFY(!channel->open());
+    QVERIFY(elapsed.elapsed() >= 2800);
+    QVERIFY(log->texts().last().startsWith("[AdbStringChannel] TCP connect failed: \""));
+    QCOMPARE(log->lines().last().type, QtWarningMsg);
+    QVERIFY(channel->socket == nullptr);
+    QCOMPARE(ground->calls().last(), "-s abc forward --remove tcp:" + QString::number(port));
+    // Unlike a refusal this closes nothing: it may be tried again.
+    QVERIFY(!channel->closing);
+}
+
 void test_adb_string_channel::an_open_channel_stays_as_it_is()
 {
     const auto channel = make_connected();
@@ -285,6 +359,10 @@ void test_adb_string_channel::an_open_channel_stays_as_it_is()
     QVERIFY(channel->open());
     QVERIFY(ground->calls().isEmpty());
     QCOMPARE(channel->socket, socket);
+    // While it closes the connection still counts.
+    channel->closing = true;
+    QVERIFY(channel->open());
+    channel->closing = false;
 }
 
 void test_adb_string_channel::closing_once_and_for_all()
@@ -325,6 +403,17 @@ void test_adb_string_channel::a_broken_connection_closes()
     QVERIFY(channel->socket == nullptr);
     channel->onSocketError(QAbstractSocket::NetworkError); // acts no more
     QCOMPARE(log->texts().filter("socket error").size(), 1);
+}
+
+void test_adb_string_channel::a_wait_for_nothing_is_no_error()
+{
+    const auto channel = make_connected();
+    QSignalSpy closed(channel.get(), &AdbStringChannel::channelClosed);
+    QVERIFY(!channel->socket->waitForReadyRead(50));
+    QCOMPARE(channel->socket->error(), QAbstractSocket::SocketTimeoutError);
+    QVERIFY(closed.isEmpty());
+    QVERIFY(channel->socket != nullptr);
+    QVERIFY(!log->has("socket error"));
 }
 
 void test_adb_string_channel::received_bytes()

@@ -57,6 +57,7 @@ private slots:
     void what_a_refused_head_leaves();
     void points_fill_the_lists();
     void measurement_in_two_frames();
+    void bytes_before_the_points_are_not_read();
     void lists_keep_what_the_read_began_with();
     void a_head_without_points();
     void refused_points_data();
@@ -373,6 +374,17 @@ void test_binary_records::measurement_in_two_frames()
     QCOMPARE(finished.size(), 1);
     QCOMPARE(reader->point_msg_all.first().size(), 3);
     QCOMPARE(reader->data_msg.first().count(','), 5);
+}
+
+void test_binary_records::bytes_before_the_points_are_not_read()
+{
+    const log_capture quiet;
+    for (const char* bytes : {"FFFFFFFF", "00000000", "5A300102"}) {
+        QVERIFY(taken(head{.points = 1}.frame()));
+        QVERIFY(taken(sealed(points({{}}).replace(6, 4, QByteArray::fromHex(bytes)))));
+    }
+    QCOMPARE(reader->data_msg_altitude,
+             QStringList(3, "104.053472200000,-30.500000100000,512.34\n"));
 }
 
 void test_binary_records::lists_keep_what_the_read_began_with()

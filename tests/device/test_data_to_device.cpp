@@ -17,6 +17,8 @@
 #include <atomic>
 #include <memory>
 
+#include <poll.h>
+
 namespace {
 
 using request = scripted_instrument::request;
@@ -90,6 +92,7 @@ private slots:
     void answers_in_any_form();
     void an_answer_that_comes_late();
     void a_stale_answer_does_not_count();
+    void an_answer_before_the_probe_does_not_count();
 
     void the_android_channel();
     void a_slow_android_instrument();
@@ -102,6 +105,7 @@ private slots:
     void devices_that_are_not_there();
     void a_line_that_takes_nothing();
     void a_device_that_refuses_bytes();
+    void the_length_of_a_text_that_is_logged();
     void a_cable_pulled_out_data();
     void a_cable_pulled_out();
     void a_socket_that_closes();
@@ -109,6 +113,8 @@ private slots:
     void an_upload_during_a_binary_read();
     void an_upload_during_a_text_read();
     void an_upload_during_an_android_read();
+    void a_read_during_an_upload();
+    void a_read_that_a_box_lets_in();
 
 private:
     void open_port(scripted_instrument::script answer);
@@ -603,19 +609,35 @@ void test_data_to_device::an_answer_that_comes_late()
     QCOMPARE(watcher->texts(), QStringList{succeeded});
 }
 
-/// Each frame of points is answered twice, the last one never: the second answer to
-/// the first frame is not taken for one to the last.
+/// Neither one that the port holds nor one that the system does.
 void test_data_to_device::a_stale_answer_does_not_count()
 {
-    int frames = 0;
-    open_port([&frames](const request& asked) {
-        if (command_of(asked.bytes) != frame::upload_points)
-            return accept(asked);
-        return ++frames == 2 ? instrument_frames::reply(0x32, 9) : accept(asked) + accept(asked);
-    });
-    add("面积", lines_of(60));
+    open_port(
+        [](const request& asked) { return instrument_frames::reply(command_of(asked.bytes), 9); });
+    for (const bool in_the_port : {true, false}) {
+        QVERIFY(serial->say(instrument_frames::reply(0x32, 0)));
+        if (in_the_port) {
+            QTRY_COMPARE(port->bytesAvailable(), 13);
+        } else {
+            pollfd line{port->handle(), POLLIN, 0};
+            QCOMPARE(poll(&line, 1, 5000), 1);
+        }
+        QString error;
+        std::uint8_t status = 0;
+        const QByteArray frame = frame::build_frame(0x32, 0, QByteArray(24, '\0'));
+        QVERIFY(!upload->send_and_wait_ack(port.get(), frame, 0x32, error, status));
+        QCOMPARE(int{status}, 9);
+    }
+}
+
+void test_data_to_device::an_answer_before_the_probe_does_not_count()
+{
+    open_port({});
+    QVERIFY(serial->say(instrument_frames::reply(0x2E, 0)));
+    add("面积", lines_of(1));
     run_upload();
-    QCOMPARE(watcher->texts(), QStringList{"普通串口上传失败：" + refusal.arg("32", "9")});
+    QVERIFY(log->has("legacy Mode will be sent"));
+    QTRY_VERIFY(serial_frames().last().startsWith("Mode:5,"));
 }
 
 // Both channels.
@@ -783,6 +805,17 @@ void test_data_to_device::a_device_that_refuses_bytes()
     QCOMPARE(error, "通道写入失败");
     QVERIFY(!upload->probe_packet_protocol(&device));
     QVERIFY(log->has("[import] packet protocol probe write failed: \"通道写入失败\""));
+}
+
+void test_data_to_device::the_length_of_a_text_that_is_logged()
+{
+    open_port({});
+    QString error;
+    QVERIFY(upload->send_mode_text(upload->port, QString(4097, 'x'), error));
+    QVERIFY(log->has("[import] send legacy Mode text chars=4097"));
+    QVERIFY(!log->has("legacy Mode payload"));
+    QVERIFY(upload->send_mode_text(upload->port, QString(4096, 'x'), error));
+    QVERIFY(log->has("[import] legacy Mode payload: " + QString(4096, 'x')));
 }
 
 void test_data_to_device::a_cable_pulled_out_data()
@@ -980,6 +1013,85 @@ void test_data_to_device::an_upload_during_an_android_read()
     QCOMPARE(button.last()[0].toBool(), false);
     QVERIFY(reader.table_list.isEmpty());
     reader.channel = nullptr;
+}
+
+/// The window stands still: what is asked for meanwhile comes after the upload.
+void test_data_to_device::a_read_during_an_upload()
+{
+    serial_thread reader;
+    serial = std::make_unique<scripted_instrument>([&reader](const request& asked) {
+        if (!asked.bytes.startsWith('Z'))
+            return QByteArray();
+        const std::uint8_t command = command_of(asked.bytes);
+        if (command == frame::upload_item) {
+            QMetaObject::invokeMethod(
+                &reader, [&reader] { reader.recv_cmd_from_key(1, {}, {}, {}, {}); },
+                Qt::QueuedConnection);
+        }
+        return instrument_frames::reply(command, 0); // to the export request: nothing stored
+    });
+    reader.available_ports = [] { return QList<serial_thread::listed_port>(); };
+    reader.port->setPortName(serial->path());
+    QVERIFY(reader.port->open(QIODevice::ReadWrite));
+    upload->port = reader.port;
+    add("面积", lines_of(60));
+    run_upload();
+    QTRY_COMPARE_WITH_TIMEOUT(watcher->texts(), (QStringList{succeeded, "数据读取成功"}), 10000);
+    QByteArray commands;
+    for (const QByteArray& frame : serial_frames())
+        commands += frame.startsWith('Z') ? frame[1] : frame[0];
+    QCOMPARE(commands.toHex(), QByteArray("2e313232"    // the upload, whole
+                                          "7e7e002d")); // and then the read
+    upload->port = port.get();
+}
+
+/// The one way in for a read: a box of someone else's in the middle of the upload's
+/// wait. The read takes its turn, and the upload goes on where it was.
+void test_data_to_device::a_read_that_a_box_lets_in()
+{
+    std::atomic<bool> pull = false;
+    serial = std::make_unique<scripted_instrument>([&pull](const request&) {
+        pull = true; // by the upload's probe
+        return QByteArray();
+    });
+    scripted_instrument next([](const request& asked) {
+        return asked.bytes.startsWith('Z') && command_of(asked.bytes) != frame::upload_probe
+                   ? instrument_frames::reply(command_of(asked.bytes), 0)
+                   : QByteArray();
+    });
+    serial_thread reader;
+    QList<serial_thread::listed_port> ports{{serial->path(), "pts", "USB"}};
+    reader.available_ports = [&ports] { return ports; };
+    upload->port = reader.port;
+    QTRY_VERIFY_WITH_TIMEOUT(reader.port_connected, 10000);
+    QTRY_COMPARE(watcher->texts(), QStringList{"设备已连接"});
+    watcher->boxes.clear();
+    ports = {{next.path(), "pts", "USB"}};
+    QSignalSpy button(&reader, &serial_thread::button_control);
+    QStringList said;
+    reader.show_box = [&](QMessageBox::Icon, const QString&, const QString& text) {
+        said += text;
+        if (said.size() > 1)
+            return;
+        QVERIFY(QTest::qWaitFor([&reader] { return reader.port_connected; }));
+        reader.recv_cmd_from_key(1, {}, {}, {}, {});
+    };
+    std::thread hand([&] {
+        while (!pull)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        std::this_thread::sleep_for(std::chrono::milliseconds(120));
+        serial->vanish();
+    });
+    add("面积", lines_of(3));
+    run_upload();
+    hand.join();
+    QTRY_COMPARE(said, (QStringList{"设备连接有误", "设备已连接", "数据读取成功"}));
+    QCOMPARE(button.last()[0].toBool(), true);
+    QVERIFY(!reader.export_active);
+    // No answer to the probe: the Mode text goes to whatever is connected now.
+    QCOMPARE(watcher->texts(), QStringList{succeeded});
+    QTRY_VERIFY(next.requests().constLast().bytes.startsWith("Mode:5,"));
+    upload->port = port.get();
 }
 
 QTEST_MAIN(test_data_to_device)

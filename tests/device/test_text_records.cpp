@@ -8,7 +8,9 @@
 #include <QTest>
 #include <QTimer>
 
+#include <functional>
 #include <memory>
+#include <vector>
 
 namespace {
 
@@ -26,11 +28,11 @@ const QString long_track =
 const QString long_staking = "n2,f1239,l1334;t20240305070809,N0001,time11,id20240017,jd2,";
 
 const QString short_point = "104d3'12.5\",-30d30'0.0\",123;";
-const QString long_point = "-104d3'12.5\",30d30'0.0\",5,hdop8,speed15,angle359,t20240305070812;";
+const QString long_point = "-104d3'12.5\",30d30'0.0\",5,hdop10,speed15,angle359,t20240305070812;";
 
 QString short_head(const QString& middle)
 {
-    return "n2," + middle + ";t202403050708,N0001,                ";
+    return "n002," + middle + ";t202403050708,N0001,                ";
 }
 
 } // namespace
@@ -60,6 +62,7 @@ private slots:
     void staking_has_no_short_form();
     void passed_over_data();
     void passed_over();
+    void empty_parts_before_a_record();
     void unknown_formats_data();
     void unknown_formats();
     void heads_that_do_not_match_data();
@@ -80,7 +83,9 @@ private slots:
     void a_stream_in_three_parts();
     void a_stream_that_ends_too_early();
     void a_total_of_zero();
+    void a_total_below_zero();
     void a_total_in_less_than_four_characters();
+    void the_first_total_counts();
     void line_ends_before_the_stream();
     void a_stream_cut_in_two();
     void repeating_a_read_adds_nothing();
@@ -196,6 +201,13 @@ void test_text_records::patterns_data()
         long_form);
     row("staking-out", "n1,f1,l2;t1,N1,time1",
         R"re((?:\r\n)?n(\d+),f(\d+),l(\d+);t(\d{8})(\d{4,6}),N(\d+),time(\d+),id(\d{8}),jd(\d+))re",
+        long_form);
+    // The fifth part decides by its first letter, and empty parts do not count.
+    row("area, long by one letter", "n1,m1,l2;t1,N1,tx",
+        R"re((?:\r\n)?n(\d+),m(\d+),l(\d+);t(\d{8})(\d{4,6}),N(\d+),time(\d+),t(\d{8})(\d{4,6}),id(\d{8}),mode(\d+),md(\d+),jd(\d+),hd(\d+),slope(\d+),width(\d+),price(\d+),total(\d+))re",
+        long_form);
+    row("route, empty parts", ",n1,,e1,m2;t1,,,N1,time1",
+        R"re((?:\r\n)?n(\d+),e(\d+),m(\d+);t(\d{8})(\d{4,6}),N(\d+),time(\d+),id(\d{8}),jd(\d+))re",
         long_form);
     row("staking-out, short", "n1,f1,l2;t1,N1,1d",
         R"re((?:\r\n)?n(\d+),f(\d+),l(\d+);t(\d{8})(\d{4,6}),N(\d+),time(\d+),id(\d{8}),jd(\d+))re",
@@ -365,7 +377,7 @@ void test_text_records::long_points()
     QCOMPARE(reader->data_msg, QStringList{"-104.053472222222,30.500000000000"});
     QCOMPARE(reader->data_msg_altitude, QStringList{"-104.053472222222,30.500000000000,0.5\n"});
     const point_msg point{
-        .hdop = "0.8", .speed = "15", .angle = "359", .time = "2024-03-05 07:08:12", .status = "0"};
+        .hdop = "1.0", .speed = "15", .angle = "359", .time = "2024-03-05 07:08:12", .status = "0"};
     QVERIFY(reader->point_msg_all.first().first() == point);
 }
 
@@ -387,10 +399,14 @@ void test_text_records::staking_has_no_short_form()
 void test_text_records::passed_over_data()
 {
     QTest::addColumn<QString>("text");
-    QTest::newRow("another letter") << "x2,m1334,l1235;!";
-    QTest::newRow("blank before") << " n2,m1334,l1235;!";
-    QTest::newRow("line feed before") << "\nn2,m1334,l1235;!";
-    QTest::newRow("two line ends") << "\r\n\r\nn2,m1334,l1235;!";
+    // All but for the beginning whole records.
+    const std::pair<const char*, const char*> beginnings[] = {{"another letter", "x"},
+                                                              {"blank", " "},
+                                                              {"line feed", "\n"},
+                                                              {"two line ends", "\r\n\r\n"},
+                                                              {"another part", "1,"}};
+    for (const auto& [name, before] : beginnings)
+        QTest::newRow(name) << before + short_area + short_point + "!";
     QTest::newRow("mark alone") << "!";
 }
 
@@ -400,6 +416,12 @@ void test_text_records::passed_over()
     reader->parse_record(text);
     QCOMPARE(log->texts().size(), 1); // the text, and no word about it
     QVERIFY(reader->table_list.isEmpty());
+}
+
+void test_text_records::empty_parts_before_a_record()
+{
+    reader->parse_record(",," + short_area + short_point + "!");
+    QCOMPARE(reader->table_list.size(), 1);
 }
 
 void test_text_records::unknown_formats_data()
@@ -454,9 +476,11 @@ void test_text_records::points_in_the_first_fifty_characters_are_lost()
     QCOMPARE(reader->point_msg_all.first().size(), 2);
 
     // The cut may go through a number: what is left of it is a point all the same.
-    reader->recv_cmd_from_key(0, {}, {}, {}, {});
-    reader->parse_record(padded.chopped(2) + short_point + "!");
-    QVERIFY(reader->data_msg.first().startsWith("4.0534"));
+    for (const int before : {1, 2}) { // of "104d"; one more or less would show
+        reader->recv_cmd_from_key(0, {}, {}, {}, {});
+        reader->parse_record(padded.chopped(before) + short_point + "!");
+        QVERIFY(reader->data_msg.first().startsWith("4.0534"));
+    }
 }
 
 void test_text_records::a_short_point_without_altitude_abandons_the_record()
@@ -496,6 +520,10 @@ void test_text_records::times_data()
                                 << "20240305070809";
     QTest::newRow("five digits") << QString(short_area).replace("0708,", "07080,") << "0"
                                  << "2024030507080";
+    // A date that there is not is the beginning of all seconds.
+    QTest::newRow("no date") << QString(short_area).replace("20240305", "20241332")
+                             << QDateTime::fromSecsSinceEpoch(0).toString("yyyy-MM-dd HH:mm:ss")
+                             << "202413320708";
     QTest::newRow("five digits, long")
         << QString(long_area).replace("t20240305070809", "t2024030507080") << "0"
         << "0";
@@ -555,24 +583,36 @@ void test_text_records::records_that_are_there_already()
 
 void test_text_records::records_that_differ_in_one_thing_data()
 {
-    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("first");
+    QTest::addColumn<QString>("second");
+    const auto row = [](const char* name, const QString& first, const QString& before,
+                        const QString& after) {
+        QTest::newRow(name) << first << QString(first).replace(before, after);
+    };
     const QString text = short_area + short_point + "!";
-    QTest::newRow("time") << QString(text).replace("0708,", "0709,");
-    QTest::newRow("distance") << QString(text).replace("l1235", "l1236");
-    QTest::newRow("records") << QString(text).replace("N0001", "N0002");
-    QTest::newRow("area") << QString(text).replace("m1334", "m1335");
-    QTest::newRow("altitude") << QString(text).replace(",123;", ",124;");
-    // Other fields are not compared: neither the number of points nor the kind
-    // makes another record.
-    QTest::newRow("same: number of points") << QString(text).replace("n2", "n3");
-    QTest::newRow("same: kind") << QString(text).replace("m1334,l1235", "k1334,l1235");
+    const QString long_text = long_area + long_point + "!";
+    row("name", text, "0708,", "070800,");                          // the same time
+    row("time", long_text, "20240305070809,N", "20240305070810,N"); // no name
+    row("distance", text, "l1235", "l1236");
+    row("records", text, "N0001", "N0002");
+    row("area", text, "m1334", "m1335");
+    row("altitude", text, ",123;", ",124;");
+    // Other fields are not compared: neither the number of points, nor the kind, nor
+    // the end, nor what else a long record has makes another record.
+    row("same: number of points", text, "n2", "n3");
+    row("same: kind", text, "m1334,l1235", "k1334,l1235");
+    row("same: end", long_text, "080910", "080911");
+    row("same: price", long_text, "price12", "price13");
+    row("same: point's time", long_text, "070812", "070813");
 }
 
 void test_text_records::records_that_differ_in_one_thing()
 {
-    QFETCH(QString, text);
-    reader->parse_record(short_area + short_point + "!");
-    reader->parse_record(text);
+    QFETCH(QString, first);
+    QFETCH(QString, second);
+    QVERIFY(first != second);
+    reader->parse_record(first);
+    reader->parse_record(second);
     const bool same = QByteArray(QTest::currentDataTag()).startsWith("same");
     QCOMPARE(reader->table_list.size(), same ? 1 : 2);
 }
@@ -635,6 +675,18 @@ void test_text_records::a_total_of_zero()
     QVERIFY(reader->table_list.isEmpty());
 }
 
+/// Is no more than what has come, like any other small number.
+void test_text_records::a_total_below_zero()
+{
+    open();
+    QSignalSpy progress(reader.get(), &serial_thread::read_data_set_progressbar);
+    run_loop(("N-005" + short_area + short_point + "!" + short_area + short_point + "!").toUtf8());
+    QCOMPARE(progress.size(), 1);
+    QCOMPARE(progress[0][0].toInt(), -40);
+    QVERIFY(reader->text_buffer.isEmpty());
+    QCOMPARE(reader->table_list.size(), 1); // the second; the first does not begin with "n"
+}
+
 void test_text_records::a_total_in_less_than_four_characters()
 {
     open();
@@ -642,6 +694,14 @@ void test_text_records::a_total_in_less_than_four_characters()
     run_loop((QString(short_area).replace("N0001,", "N1,   ") + short_point + "!").toUtf8());
     QVERIFY(progress.isEmpty());
     QVERIFY(reader->table_list.isEmpty());
+}
+
+/// And a stream may hold more records than that.
+void test_text_records::the_first_total_counts()
+{
+    const QString record = short_area + short_point + "!";
+    run_loop((record + QString(record).replace("N0001", "N0009")).toUtf8());
+    QCOMPARE(reader->table_list.size(), 2);
 }
 
 void test_text_records::line_ends_before_the_stream()
@@ -659,7 +719,7 @@ void test_text_records::line_ends_before_the_stream()
     QVERIFY(reader->table_list.isEmpty());
 }
 
-/// At places all over it: within numbers, words, points and line ends.
+/// At any byte: within numbers, words, points and line ends.
 void test_text_records::a_stream_cut_in_two()
 {
     const QByteArray stream =
@@ -667,23 +727,35 @@ void test_text_records::a_stream_cut_in_two()
          QString(long_track).replace("N0001", "N0002") + long_point + "!")
             .toUtf8();
     run_loop(stream);
-    const QList<measuringData> records = reader->table_list;
-    const QStringList plain = reader->data_msg;
-    const QStringList lines = reader->data_msg_altitude;
-    const QList<QList<point_msg>> points = reader->point_msg_all;
-    QCOMPARE(records.size(), 2);
+    QCOMPARE(reader->table_list.size(), 2);
 
-    constexpr qsizetype step = 11;
-    for (qsizetype at = 1; at < stream.size(); at += step) {
-        reader->recv_cmd_from_key(0, {}, {}, {}, {});
-        run_loop(stream.left(at));
-        QVERIFY(reader->table_list.isEmpty());
-        run_loop(stream.mid(at));
-        QVERIFY(reader->table_list == records);
-        QCOMPARE(reader->data_msg, plain);
-        QCOMPARE(reader->data_msg_altitude, lines);
-        QVERIFY(reader->point_msg_all == points);
-        QVERIFY(reader->text_buffer.isEmpty());
+    // Side by side, for each piece costs a pause.
+    std::vector<std::unique_ptr<serial_thread>> readers;
+    for (qsizetype at = 1; at < stream.size(); ++at) {
+        readers.push_back(std::make_unique<serial_thread>());
+        readers.back()->available_ports = [] { return QList<serial_thread::listed_port>(); };
+    }
+    const auto run_all = [&](const std::function<QByteArray(qsizetype)>& piece) {
+        std::size_t returned = 0;
+        for (std::size_t index = 0; index < readers.size(); ++index) {
+            // Not 0: what is posted waits for the one before it to return.
+            QTimer::singleShot(1, this, [&, index] {
+                readers[index]->text_loop(piece(static_cast<qsizetype>(index) + 1));
+                ++returned;
+            });
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(returned, readers.size(), 60000);
+    };
+    run_all([&stream](qsizetype at) { return stream.first(at); });
+    for (const auto& one : readers)
+        QVERIFY(one->table_list.isEmpty());
+    run_all([&stream](qsizetype at) { return stream.sliced(at); });
+    for (const auto& one : readers) {
+        QVERIFY(one->table_list == reader->table_list);
+        QCOMPARE(one->data_msg, reader->data_msg);
+        QCOMPARE(one->data_msg_altitude, reader->data_msg_altitude);
+        QVERIFY(one->point_msg_all == reader->point_msg_all);
+        QVERIFY(one->text_buffer.isEmpty());
     }
 }
 

@@ -14,6 +14,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFile>
+#include <QProcess>
 #include <QPushButton>
 #include <QStandardItemModel>
 #include <QStandardPaths>
@@ -34,6 +35,10 @@ private slots:
     void there_and_back();
     void there_and_back_as_xml_data();
     void there_and_back_as_xml();
+    void csv_messages_are_chinese_in_english();
+    void drawings_there_and_back();
+    void waypoints_there_and_back_as_a_workbook();
+    void a_filled_in_template_stands_in_the_tables();
     void nothing_ticked_asks_for_the_path_first();
     void a_failed_import_leaves_the_tables_alone();
     void a_failed_kml_import_leaves_the_tables_alone();
@@ -41,15 +46,18 @@ private slots:
 
 private:
     void export_as(int format, const QString& path);
-    void import(const QString& path);
+    /// Presses the import's button, or another one of its dialog.
+    void import(const QString& path, const char* button = "pushButton_2");
 
     application_objects m_objects{};
     MainWindow* m_window = nullptr;
     QTemporaryDir m_folder;
+    QString m_path; ///< where programs are found
 };
 
 void test_exchange_road::initTestCase()
 {
+    m_path = qEnvironmentVariable("PATH");
     qputenv("PATH", ""); // without adb in reach the device worker polls nothing
     install_default_font();
     m_objects = make_application_objects();
@@ -92,14 +100,14 @@ void test_exchange_road::export_as(int format, const QString& path)
     delete dialog;
 }
 
-void test_exchange_road::import(const QString& path)
+void test_exchange_road::import(const QString& path, const char* button)
 {
     file_dialog_user user;
     user.path = path;
     QTest::mouseClick(m_window->ui->data_input_file, Qt::LeftButton);
     auto* dialog = m_window->findChild<input_window*>();
     QVERIFY(dialog != nullptr);
-    QTest::mouseClick(dialog->findChild<QPushButton*>("pushButton_2"), Qt::LeftButton);
+    QTest::mouseClick(dialog->findChild<QPushButton*>(button), Qt::LeftButton);
     QCOMPARE(user.dialogs.size(), 1);
     delete dialog;
 }
@@ -221,6 +229,128 @@ void test_exchange_road::there_and_back_as_xml()
         QCOMPARE(m_window->point_msg_all[old + at].size(), read.numpoint.toInt());
         QCOMPARE(m_window->data_msg_altitude[old + at], geometry[ticked[at]]);
     }
+}
+
+void test_exchange_road::csv_messages_are_chinese_in_english()
+{
+    QTranslator english;
+    QVERIFY(english.load("./en_CN.qm"));
+    QVERIFY(QCoreApplication::installTranslator(&english));
+    QCOMPARE(QCoreApplication::translate("MainWindow", "数据列表"), "Data List");
+
+    const QTemporaryDir folder;
+    const QString merged = folder.filePath("merged.csv");
+    const auto written = [&folder](const char* name, const QByteArray& bytes) {
+        QFile file(folder.filePath(name));
+        return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size()
+                   ? file.fileName()
+                   : QString();
+    };
+    m_window->model->setData(m_window->model->index(0, 0), true);
+    box_watcher watcher;
+    export_as(0, merged);
+    export_as(1, folder.path());
+    import(merged);
+    import(written("single.csv", "名字\na,b,0,航点,1,667,2,3,4,5,6\n"));
+    import(written("summary.csv", "A(m*m):1,L:2,N:0,T:4,name:5\n"));
+    import(written("foreign.csv", "lat,lon\n1,2\n"));
+    const QStringList texts{"csv多数据合并导出成功", "csv单数据分开导出成功",
+                            "csv多数据文件导入成功", "csv单数据文件导入成功",
+                            "csv文件导入成功",       "csv文件导入失败"};
+    QCOMPARE(watcher.texts(), texts);
+    for (qsizetype at = 0; at < texts.size(); ++at)
+        QCOMPARE(watcher.boxes[at].title, at < 2 ? QStringLiteral("csv") : QStringLiteral("导入"));
+}
+
+/// Points come back before lines, and areas as tracks.
+void test_exchange_road::drawings_there_and_back()
+{
+    const QString path = m_folder.filePath("a.dxf");
+    const QStringList plain = m_window->data_msg;
+    const qsizetype old = m_window->table_list.size();
+    for (const int row : {0, 1, 2, 3, 6}) // row 1 is the waypoint of these
+        m_window->model->setData(m_window->model->index(row, 0), true);
+    box_watcher watcher;
+    export_as(2, path);
+    import(path);
+    QCOMPARE(watcher.texts(), (QStringList{"dxf多数据合并导出成功", "dxf文件导入成功"}));
+
+    QStringList methods;
+    for (qsizetype at = old; at < m_window->table_list.size(); ++at) {
+        const measuringData& read = m_window->table_list[at];
+        methods.append(read.method);
+        const int row = static_cast<int>(at);
+        QCOMPARE(m_window->model->index(row, 2).data().toString(), read.name);
+        QCOMPARE(m_window->model->index(row, 3).data().toString(), read.time);
+        QCOMPARE(m_window->point_msg_all[at].size(), read.numpoint.toInt());
+    }
+    QCOMPARE(methods, (QStringList{"航点", "航点", "航迹", "航迹", "航迹"}));
+    QCOMPARE(m_window->data_msg.mid(old),
+             (QStringList{plain[1], plain[6], plain[0], plain[2], plain[3]}));
+    QCOMPARE(m_window->model->rowCount(), static_cast<int>(old + 5));
+}
+
+/// The one sheet that an export writes and an import takes.
+void test_exchange_road::waypoints_there_and_back_as_a_workbook()
+{
+    const QString path = m_folder.filePath("a.xlsx");
+    const qsizetype old = m_window->table_list.size();
+    for (const int row : {1, 6})
+        m_window->model->setData(m_window->model->index(row, 0), true);
+    box_watcher watcher;
+    export_as(8, path);
+    import(path);
+    QCOMPARE(watcher.texts(), (QStringList{"Excel文件导出成功", "Excel多数据文件导入成功"}));
+    QCOMPARE(m_window->table_list.size(), old + 2);
+    for (const auto& [row, read] : {std::pair(1, old), std::pair(6, old + 1)}) {
+        const measuringData& source = m_window->table_list[row];
+        QCOMPARE(m_window->table_list[read].method, QStringLiteral("航点"));
+        QCOMPARE(m_window->table_list[read].time, source.time);
+        QCOMPARE(m_window->table_list[read].id, source.id);
+        QCOMPARE(m_window->data_msg_altitude[read], m_window->data_msg_altitude[row]);
+        QCOMPARE(m_window->model->index(static_cast<int>(read), 3).data().toString(), source.time);
+    }
+}
+
+/// As a person does it: the template is saved, a row typed in at the spreadsheet
+/// program, and the file imported.
+void test_exchange_road::a_filled_in_template_stands_in_the_tables()
+{
+    const QString path = m_folder.filePath("template.xlsx");
+    const QString filled = m_folder.filePath("filled.xlsx");
+    box_watcher watcher;
+    import(path, "pushButton");
+    QCOMPARE(watcher.texts(), QStringList("Excel文件模版已下载"));
+
+    QProcess office;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("PATH", m_path);
+    office.setProcessEnvironment(environment);
+    office.start("/usr/bin/python3",
+                 {QStringLiteral(TEST_FILES "/office.py"), "fill", path, filled, "zh"});
+    QVERIFY(office.waitForFinished(500'000));
+    QVERIFY2(office.exitCode() == 0, office.readAllStandardError().constData());
+
+    const qsizetype old = m_window->table_list.size();
+    watcher.boxes.clear();
+    import(filled);
+    QCOMPARE(watcher.texts(), QStringList("Excel多数据文件导入成功"));
+    QCOMPARE(m_window->table_list.size(), old + 14); // the examples are thirteen
+    const qsizetype at = old + 2;
+    const int row = static_cast<int>(at);
+    QCOMPARE(m_window->model->index(row, 2).data().toString(), QStringLiteral("202603050708"));
+    QCOMPARE(m_window->model->index(row, 3).data().toString(),
+             QStringLiteral("2026-03-05 07:08:09"));
+    const measuringData& typed = m_window->table_list[at];
+    QCOMPARE(typed.method, QStringLiteral("面积"));
+    QCOMPARE(typed.id, QStringLiteral("24081530"));
+    QCOMPARE(typed.areameter, QStringLiteral("1667.5"));
+    QCOMPARE(typed.totalprices, QStringLiteral("100000"));
+    QCOMPARE(m_window->data_msg_altitude[at],
+             QStringLiteral("126.650000000000,45.750000000000,120.5\n"
+                            "126.650500000000,45.751000000000,121\n"
+                            "126.651000000000,45.750500000000,122.25\n"));
+    QCOMPARE(m_window->point_msg_all[at].size(), 3);
 }
 
 void test_exchange_road::nothing_ticked_asks_for_the_path_first()

@@ -52,6 +52,8 @@ private slots:
     void no_model_counts_as_nothing_ticked();
     void commands_run_their_writers_data();
     void commands_run_their_writers();
+    void commands_write_their_files_data();
+    void commands_write_their_files();
     void other_commands_do_nothing_data();
     void other_commands_do_nothing();
     void parameters_are_stored_and_logged();
@@ -184,6 +186,50 @@ void test_file_export_thread::commands_run_their_writers()
     QVERIFY(log.texts().contains(label));
     QCOMPARE(m_exporter.export_list.size(), 1);
     QCOMPARE(watcher.texts(), QStringList());
+}
+
+void test_file_export_thread::commands_write_their_files_data()
+{
+    QTest::addColumn<int>("cmd");
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QStringList>("files");
+    QTest::addColumn<QByteArray>("bytes"); // that such a file has
+    QTest::addColumn<QString>("text");
+    const auto each = [](const QString& suffix) {
+        return QStringList{"exported_data_1." + suffix, "exported_data_2." + suffix};
+    };
+    QTest::newRow("KML") << 1 << "a.kml" << QStringList("a.kml") << QByteArray("<kml")
+                         << "kml文件导出成功";
+    QTest::newRow("one CSV") << 3 << "a.csv" << QStringList("a.csv") << QByteArray("序号,")
+                             << "csv多数据合并导出成功";
+    QTest::newRow("more CSV") << 4 << "" << each("csv") << QByteArray("序号,")
+                              << "csv单数据分开导出成功";
+    QTest::newRow("one DXF") << 5 << "a.dxf" << QStringList("a.dxf") << QByteArray("$ACADVER")
+                             << "dxf多数据合并导出成功";
+    QTest::newRow("more DXF") << 6 << "" << each("dxf") << QByteArray("$ACADVER")
+                              << "dxf单数据分开导出成功";
+    QTest::newRow("one GPX") << 7 << "a.gpx" << QStringList("a.gpx") << QByteArray("<gpx")
+                             << "gpx多数据合并导出成功";
+    QTest::newRow("more GPX") << 8 << "" << each("gpx") << QByteArray("<gpx")
+                              << "gpx单数据分开导出成功";
+    QTest::newRow("Excel") << 9 << "a.xlsx" << QStringList("a.xlsx")
+                           << QByteArray("xl/worksheets/sheet2.xml") << "Excel文件导出成功";
+}
+
+void test_file_export_thread::commands_write_their_files()
+{
+    QFETCH(int, cmd);
+    QFETCH(QString, path);
+    QFETCH(QStringList, files);
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, text);
+    m_exporter.export_file_check_flag(QList<int>(12, 1), "field");
+    box_watcher watcher;
+    run(cmd, {0, 1}, m_folder.filePath(path));
+    QCOMPARE(watcher.texts(), QStringList(text));
+    QCOMPARE(QDir(m_folder.path()).entryList(QDir::Files), files);
+    for (const QString& file : files)
+        QVERIFY(content(m_folder.filePath(file)).contains(bytes));
 }
 
 void test_file_export_thread::other_commands_do_nothing_data()

@@ -2,6 +2,7 @@
 // results and the comparison of the records of one file.
 
 #include "coordinates/json_file_manager.h"
+#include "exchange/excel_template.h"
 #include "exchange/file_import_thread.h"
 #include "support/box_watcher.h"
 #include "support/log_capture.h"
@@ -16,7 +17,7 @@ namespace {
 
 /// A CSV file of one record, which the reader takes in any language of the
 /// program.
-QByteArray csv_record(const QByteArray& name)
+QByteArray csv_file(const QByteArray& name)
 {
     return "序号,a,b,c,d,e,f,g,h,i,j,k\n0," + name +
            ",2024-03-05 07:08:09,1,航点,0,667,0,0,0,5,0\nx,y,z\n104.5,30.5,500.00\n";
@@ -60,6 +61,7 @@ private slots:
     void init();
     void suffix_chooses_the_reader_data();
     void suffix_chooses_the_reader();
+    void drawings_and_workbooks_reach_their_readers();
     void other_suffixes_are_ignored_data();
     void other_suffixes_are_ignored();
     void an_empty_path_stops_after_the_lists_are_emptied();
@@ -124,15 +126,33 @@ void test_file_import_thread::suffix_chooses_the_reader()
     QFETCH(QString, words);
     box_watcher watcher;
     const log_capture log;
-    m_importer.import_file(write(name, csv_record("n")), 0, &m_store, 0);
+    m_importer.import_file(write(name, csv_file("n")), 0, &m_store, 0);
     QVERIFY(log.has(words));
     QCOMPARE(m_importer.table_list.size(), 1);
+}
+
+void test_file_import_thread::drawings_and_workbooks_reach_their_readers()
+{
+    box_watcher watcher;
+    m_importer.import_file(write("a.dxf", "0\nSECTION\n2\nENTITIES\n0\nPOINT\n8\n0\n10\n104500000\n"
+                                          "20\n30250000\n30\n7\n0\nENDSEC\n0\nEOF\n"),
+                           0, &m_store, 0);
+    QCOMPARE(m_importer.data_msg_altitude, QStringList("104.500000000000,30.250000000000,7.0\n"));
+    const QString workbook = m_folder.filePath("a.xlsx");
+    save_excel_template(workbook, 1);
+    m_importer.import_file(workbook, 0, &m_store, 0);
+    QCOMPARE(m_importer.table_list.size(), 13); // the examples
+    QCOMPARE(m_importer.table_list[0].method, QStringLiteral("面积"));
+    QCOMPARE(watcher.texts(),
+             (QStringList{"dxf文件导入成功", "Excel file template has been downloaded",
+                          "Excel多数据文件导入成功"}));
 }
 
 void test_file_import_thread::other_suffixes_are_ignored_data()
 {
     QTest::addColumn<QString>("name");
-    for (const char* name : {"a.CSV", "a.Csv", "a.KML", "a.xls", "a.txt", "csv", "a.csv.bak"})
+    for (const char* name :
+         {"a.CSV", "a.Csv", "a.KML", "a.xls", "a.txt", "csv", "a.csv.bak", "a.DXF", "a.XLSX"})
         QTest::newRow(name) << QString(name);
 }
 
@@ -141,7 +161,7 @@ void test_file_import_thread::other_suffixes_are_ignored()
     QFETCH(QString, name);
     box_watcher watcher;
     const QSignalSpy finished(&m_importer, &file_import_thread::read_data_finished);
-    m_importer.import_file(write(name, csv_record("n")), 0, &m_store, 0);
+    m_importer.import_file(write(name, csv_file("n")), 0, &m_store, 0);
     QCOMPARE(finished.size(), 0);
     QCOMPARE(watcher.boxes.size(), 0);
     QCOMPARE(m_importer.table_list.size(), 0);
@@ -150,7 +170,7 @@ void test_file_import_thread::other_suffixes_are_ignored()
 void test_file_import_thread::an_empty_path_stops_after_the_lists_are_emptied()
 {
     box_watcher watcher;
-    m_importer.import_file(write("a.csv", csv_record("n")), 0, &m_store, 0);
+    m_importer.import_file(write("a.csv", csv_file("n")), 0, &m_store, 0);
     QCOMPARE(m_importer.table_list.size(), 1);
     watcher.boxes.clear();
     const QSignalSpy finished(&m_importer, &file_import_thread::read_data_finished);
@@ -189,22 +209,22 @@ void test_file_import_thread::a_system_that_is_not_there_is_empty()
 {
     box_watcher watcher;
     for (const int index : {-1, 99}) {
-        m_importer.import_file(write("a.csv", csv_record("n")), 0, &m_store, index);
+        m_importer.import_file(write("a.csv", csv_file("n")), 0, &m_store, index);
         QCOMPARE(m_importer.cz, 0.0);
         QCOMPARE(m_importer.table_list.size(), 1);
     }
-    m_importer.import_file(write("a.csv", csv_record("n")), 0, nullptr, 0);
+    m_importer.import_file(write("a.csv", csv_file("n")), 0, nullptr, 0);
     QCOMPARE(m_importer.table_list.size(), 1);
 }
 
 void test_file_import_thread::each_import_shows_its_own_records()
 {
     box_watcher watcher;
-    const QString path = write("a.csv", csv_record("a"));
+    const QString path = write("a.csv", csv_file("a"));
     m_importer.import_file(path, 0, &m_store, 0);
     m_importer.import_file(path, 0, &m_store, 0);
     QCOMPARE(m_importer.table_list.size(), 1); // not held against the one before
-    m_importer.import_file(write("b.csv", csv_record("b")), 0, &m_store, 0);
+    m_importer.import_file(write("b.csv", csv_file("b")), 0, &m_store, 0);
     QCOMPARE(m_importer.table_list.size(), 1);
     QCOMPARE(m_importer.table_list[0].name, QStringLiteral("b"));
 }
@@ -213,7 +233,7 @@ void test_file_import_thread::the_signal_carries_the_four_lists()
 {
     box_watcher watcher;
     const QSignalSpy finished(&m_importer, &file_import_thread::read_data_finished);
-    m_importer.import_file(write("a.csv", csv_record("n")), 0, &m_store, 0);
+    m_importer.import_file(write("a.csv", csv_file("n")), 0, &m_store, 0);
     QCOMPARE(finished.size(), 1);
     QCOMPARE(finished[0][0].value<QList<measuringData>>(), m_importer.table_list);
     QCOMPARE(finished[0][1].toStringList(), QStringList("104.5,30.5"));
@@ -231,7 +251,7 @@ void test_file_import_thread::the_pointer_waits_but_not_over_boxes()
     const auto shown = connect(&m_importer, &file_import_thread::read_data_finished, this, [&] {
         while_rows_are_shown = QApplication::overrideCursor()->shape();
     });
-    m_importer.import_file(write("a.csv", csv_record("n")), 0, &m_store, 0);
+    m_importer.import_file(write("a.csv", csv_file("n")), 0, &m_store, 0);
     disconnect(shown);
     QCOMPARE(while_rows_are_shown, int(Qt::WaitCursor));
     QCOMPARE(over_box, int(Qt::ArrowCursor));

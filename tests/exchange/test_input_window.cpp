@@ -18,7 +18,6 @@ private slots:
     void texts_follow_the_language();
     void a_file_is_sent_on();
     void a_cancelled_choice_is_sent_on_too();
-    void the_template_says_that_it_comes_later();
     void escape_closes();
 };
 
@@ -104,16 +103,6 @@ void test_input_window::a_cancelled_choice_is_sent_on_too()
     QCOMPARE(chosen.size(), 1);
     QCOMPARE(chosen[0][0].toString(), QString());
     QCOMPARE(watcher.boxes.size(), 0);
-}
-
-void test_input_window::the_template_says_that_it_comes_later()
-{
-    input_window window;
-    window.show();
-    box_watcher watcher;
-    window.findChild<QPushButton*>("pushButton")->click();
-    QCOMPARE(watcher.texts(), QStringList("此功能尚未提供，将随后续版本加入。"));
-    QCOMPARE(watcher.boxes[0].title, QStringLiteral("下载Excel文件导入模版"));
 }
 
 void test_input_window::escape_closes()

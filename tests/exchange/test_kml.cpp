@@ -223,6 +223,7 @@ private slots:
     void what_is_no_cdata_is_a_foreign_form();
     void an_xml_error_ends_the_first_pass();
     void coordinates_are_read_on_their_start_only();
+    void what_a_record_promises_changes_no_points();
 
     void plain_placemarks();
     void plain_geometries_data();
@@ -823,6 +824,19 @@ void test_kml::coordinates_are_read_on_their_start_only()
     QVERIFY(xml.readNextStartElement());
     QCOMPARE(parse_kml_coordinates(xml, form_of(0), record, "n"), 0);
     QVERIFY(record.coordinate_pairs.isEmpty());
+}
+
+void test_kml::what_a_record_promises_changes_no_points()
+{
+    for (const char* promised : {"0", "1", "2", "3", "-2147483648", "2147483647", "many"}) {
+        const QList<exportRecord> records = read_own(document(
+            own_placemark(method_item() + item("名字：", "a") + item("点数：", promised))));
+        QCOMPARE(records.size(), 1);
+        QCOMPARE(records[0].numpoint, QString(promised));
+        QCOMPARE(records[0].coordinate_pairs,
+                 (QList<std::pair<QString, QString>>{{"104.5", "30.5"}, {"104.6", "30.6"}}));
+        QCOMPARE(records[0].altitudes, QStringList({"7", "8"}));
+    }
 }
 
 void test_kml::plain_placemarks()

@@ -11,6 +11,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QStandardItemModel>
 #include <QStyleOptionButton>
@@ -58,6 +59,9 @@ private slots:
     void answers_to_events();
     void writes_emits_and_writes_again();
     void tells_the_success_and_not_the_tick();
+    void tells_a_failure();
+    void other_columns_are_the_base_class_data();
+    void other_columns_are_the_base_class();
     void unused_threads_log_their_labels();
 };
 
@@ -185,6 +189,66 @@ void test_check_box_delegate::tells_the_success_and_not_the_tick()
     QCOMPARE(changed[1][0].toBool(), true); // the untick succeeded as well
 }
 
+void test_check_box_delegate::tells_a_failure()
+{
+    // A model that takes nothing.
+    class refusing_model : public QStandardItemModel
+    {
+    public:
+        using QStandardItemModel::QStandardItemModel;
+        bool setData(const QModelIndex& /*index*/, const QVariant& /*value*/, int /*role*/) override
+        {
+            return false;
+        }
+    };
+    refusing_model model(1, 1);
+    CheckBoxDelegate delegate;
+    QSignalSpy changed(&delegate, &CheckBoxDelegate::checkboxStateChanged);
+    QKeyEvent space(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier);
+    QVERIFY(!delegate.editorEvent(&space, &model, option(), model.index(0, 0)));
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(changed[0][0].toBool(), false);
+}
+
+void test_check_box_delegate::other_columns_are_the_base_class_data()
+{
+    QTest::addColumn<int>("column");
+    for (const int column : {1, 2, 3, 4})
+        QTest::addRow("%d", column) << column;
+}
+
+void test_check_box_delegate::other_columns_are_the_base_class()
+{
+    QFETCH(int, column);
+    QStandardItemModel model(1, 5);
+    model.setData(model.index(0, column), "true");
+    const QModelIndex index = model.index(0, column);
+    const auto drawn_by = [&index](const QStyledItemDelegate& delegate) {
+        QImage image = blank();
+        QPainter painter(&image);
+        delegate.paint(&painter, option(), index);
+        return image;
+    };
+    QCOMPARE(drawn_by(CheckBoxDelegate()), drawn_by(QStyledItemDelegate()));
+
+    CheckBoxDelegate delegate;
+    QSignalSpy changed(&delegate, &CheckBoxDelegate::checkboxStateChanged);
+    const QPointF inside = indicator_place().center();
+    QMouseEvent release(QEvent::MouseButtonRelease, inside, inside, Qt::LeftButton, Qt::LeftButton,
+                        Qt::NoModifier);
+    QKeyEvent space(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier);
+    QVERIFY(!delegate.editorEvent(&release, &model, option(), index));
+    QVERIFY(!delegate.editorEvent(&space, &model, option(), index));
+    // What the base class can toggle, it toggles.
+    model.itemFromIndex(index)->setCheckable(true);
+    QStyleOptionViewItem enabled = option();
+    enabled.state |= QStyle::State_Enabled;
+    QVERIFY(delegate.editorEvent(&space, &model, enabled, index));
+    QCOMPARE(model.itemFromIndex(index)->checkState(), Qt::Checked);
+    QCOMPARE(index.data().toString(), QStringLiteral("true"));
+    QCOMPARE(changed.size(), 0);
+}
+
 void test_check_box_delegate::unused_threads_log_their_labels()
 {
     const log_capture log;
@@ -194,8 +258,11 @@ void test_check_box_delegate::unused_threads_log_their_labels()
         thread->start();
         QVERIFY(thread->wait(10'000));
     }
-    QVERIFY(log.texts().at(0).startsWith("table_display ID: "));
-    QVERIFY(log.texts().at(1).startsWith("other_information ID: "));
+    QCOMPARE(log.texts().size(), 2);
+    static const QRegularExpression display_line("^table_display ID: 0x[0-9a-f]+$");
+    static const QRegularExpression information_line("^other_information ID: 0x[0-9a-f]+$");
+    QVERIFY(display_line.match(log.texts().at(0)).hasMatch());
+    QVERIFY(information_line.match(log.texts().at(1)).hasMatch());
 }
 
 QTEST_MAIN(test_check_box_delegate)

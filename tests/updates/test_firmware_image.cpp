@@ -174,7 +174,7 @@ void test_firmware_image::segments_are_closed_up()
 void test_firmware_image::other_records_are_skipped()
 {
     guarded_buffer image(64);
-    QByteArray text = "; a comment\n\n:\n:0\n:000000\n";
+    QByteArray text = "; a comment\n\n:000000\n";
     for (const int type : {1, 2, 3, 4, 5, 6, 0xFF})
         text += record(0, type, "no");
     text += record(0, 0, {}) + record(0, 0, "yes");
@@ -206,6 +206,11 @@ void test_firmware_image::any_case_and_any_line_end()
 void test_firmware_image::malformed_data()
 {
     QTest::addColumn<QByteArray>("text");
+    QTest::newRow("nothing but the mark") << record(0, 0, "good") + ":";
+    QTest::newRow("half a count") << QByteArray(":1\n");
+    QTest::newRow("a count of no digits") << QByteArray(":zz00000041FF\n");
+    QTest::newRow("cut off before the type") << QByteArray(":010000\n");
+    QTest::newRow("a type of no digits") << QByteArray(":010000zz41FF\n");
     QTest::newRow("too few digits") << QByteArray(":1000000041424344\n");
     QTest::newRow("half a byte") << QByteArray(":02000000414");
     QTest::newRow("no digit") << QByteArray(":0200000041G2FF\n");

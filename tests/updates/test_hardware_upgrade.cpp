@@ -13,6 +13,7 @@
 #include <QApplication>
 #include <QCryptographicHash>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QRandomGenerator>
 #include <QSerialPort>
@@ -63,11 +64,21 @@ private:
     QByteArray& m_heard;
 };
 
-/// The other end of a line, in the test's own hand.
+/// What makes the program ask for the instrument's version.
+enum class question
+{
+    cloud,
+    local,
+    confirm,
+};
+
+/// The other end of a line, in the test's own hand. Closes the port with it: the
+/// line's name may be another program's the next moment, and the port holds a lock
+/// on it.
 class open_line
 {
 public:
-    open_line()
+    explicit open_line(QSerialPort& port) : m_port(port)
     {
         termios raw{};
         cfmakeraw(&raw);
@@ -78,6 +89,7 @@ public:
     }
     ~open_line()
     {
+        m_port.close();
         close(m_here);
         close(m_there);
     }
@@ -108,6 +120,7 @@ public:
     }
 
 private:
+    QSerialPort& m_port;
     int m_here = -1;
     int m_there = -1;
     QString m_path;
@@ -128,6 +141,14 @@ private slots:
     void a_closed_port_is_told();
     void the_state_of_the_port_is_logged_data();
     void the_state_of_the_port_is_logged();
+    void the_port_must_be_open_for_what_is_done_data();
+    void the_port_must_be_open_for_what_is_done();
+    void what_the_instrument_is_asked_data();
+    void what_the_instrument_is_asked();
+    void when_an_answer_counts_data();
+    void when_an_answer_counts();
+    void a_question_takes_the_port_from_a_transfer_data();
+    void a_question_takes_the_port_from_a_transfer();
     void an_instrument_without_an_answer_data();
     void an_instrument_without_an_answer();
 
@@ -142,11 +163,14 @@ private slots:
     void a_hex_file_is_closed_up();
     void an_upper_case_suffix_is_binary();
     void refused_blocks_are_repeated();
+    void silence_before_the_header_is_not_told();
     void silence_is_told_and_tried_again_data();
     void silence_is_told_and_tried_again();
     void success_leaves_nothing_running();
+    void success_gives_the_port_back();
     void one_byte_for_each_call();
     void the_whole_road();
+    void each_transfer_has_its_own_time();
     void answers_in_one_piece_are_all_taken();
     void what_was_said_before_is_no_answer();
     void bytes_are_dropped_while_nothing_runs();
@@ -160,6 +184,7 @@ private slots:
     void lists_that_say_nothing();
     void addresses_without_a_folder();
     void the_second_confirm_uses_what_the_first_has_fetched();
+    void confirm_without_a_look_at_the_list();
     void confirm_without_a_zero_byte_fails();
     void confirm_of_another_version_fails();
     void confirm_without_an_answer();
@@ -168,6 +193,7 @@ private slots:
     void image_names_stay_in_the_folder();
 
 private:
+    void ask(question what);
     void start_instrument(instrument::boot_settings settings = {});
     void open_port(const QString& path);
     [[nodiscard]] QByteArray hear(const open_line& line, qsizetype count);
@@ -308,6 +334,15 @@ void test_hardware_upgrade::look_at_list()
     QCOMPARE(m_server->requests.size(), asked + 1);
 }
 
+void test_hardware_upgrade::ask(question what)
+{
+    switch (what) {
+    case question::cloud: return m_worker->recv_form_cloud_updata();
+    case question::local: return m_worker->recv_form_local_updata();
+    case question::confirm: return m_worker->recv_form_sure("a.bin");
+    }
+}
+
 void test_hardware_upgrade::it_begins_as_designed()
 {
     const hardware_upgrade worker;
@@ -332,23 +367,150 @@ void test_hardware_upgrade::a_closed_port_is_told()
 
 void test_hardware_upgrade::the_state_of_the_port_is_logged_data()
 {
-    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("words");
-    QTest::newRow("missing") << "/dev/no-such-port"
+    QTest::newRow("missing") << "missing"
                              << "串口设备未找到";
-    QTest::newRow("no port") << "/dev/null"
+    QTest::newRow("no port") << "file"
                              << "未知串口错误：";
 }
 
 void test_hardware_upgrade::the_state_of_the_port_is_logged()
 {
-    QFETCH(QString, path);
+    QFETCH(QString, name);
     QFETCH(QString, words);
-    m_port->setPortName(path);
+    write("file", "no port");
+    m_port->setPortName(m_folder->filePath(name));
     QVERIFY(!m_port->open(QIODevice::ReadWrite));
     m_worker->recv_form_local_updata();
     QVERIFY2(m_log->has(words), qPrintable(m_log->texts().join('\n')));
     QCOMPARE(boxes(), QStringList("2|警告|串口未连接"));
+}
+
+void test_hardware_upgrade::the_port_must_be_open_for_what_is_done_data()
+{
+    QTest::addColumn<question>("what");
+    QTest::addColumn<QIODevice::OpenMode>("mode");
+    QTest::addColumn<bool>("enough");
+    using device = QIODevice;
+    QTest::newRow("cloud, both") << question::cloud << device::OpenMode(device::ReadWrite) << true;
+    QTest::newRow("cloud, read") << question::cloud << device::OpenMode(device::ReadOnly) << true;
+    QTest::newRow("cloud, write") << question::cloud << device::OpenMode(device::WriteOnly)
+                                  << false;
+    QTest::newRow("local, both") << question::local << device::OpenMode(device::ReadWrite) << true;
+    QTest::newRow("local, read") << question::local << device::OpenMode(device::ReadOnly) << false;
+    QTest::newRow("local, write") << question::local << device::OpenMode(device::WriteOnly)
+                                  << false;
+}
+
+void test_hardware_upgrade::the_port_must_be_open_for_what_is_done()
+{
+    QFETCH(question, what);
+    QFETCH(QIODevice::OpenMode, mode);
+    QFETCH(bool, enough);
+    const open_line line(*m_port);
+    m_port->setPortName(line.path());
+    QVERIFY(m_port->open(mode));
+    ask(what);
+    QCOMPARE(boxes(), QStringList(enough ? "1|提示|本设备不支持升级" : "2|警告|串口未连接"));
+    QCOMPARE(m_log->has("send version to device"), enough);
+}
+
+void test_hardware_upgrade::what_the_instrument_is_asked_data()
+{
+    QTest::addColumn<question>("what");
+    QTest::addColumn<QByteArray>("request");
+    QTest::addColumn<int>("time"); // ms: three passes, and a wait before a confirmation
+    QTest::addColumn<QString>("box");
+    QTest::newRow("cloud") << question::cloud << QByteArray("version") << 1500
+                           << "1|提示|本设备不支持升级";
+    QTest::newRow("local") << question::local << QByteArray("version\r\n") << 1500
+                           << "1|提示|本设备不支持升级";
+    QTest::newRow("confirm") << question::confirm << QByteArray("version") << 1700
+                             << "1|提示|本设备不支持升级或设备未连接";
+}
+
+void test_hardware_upgrade::what_the_instrument_is_asked()
+{
+    QFETCH(question, what);
+    QFETCH(QByteArray, request);
+    QFETCH(int, time);
+    QFETCH(QString, box);
+    const open_line line(*m_port);
+    open_port(line.path());
+    QElapsedTimer elapsed;
+    elapsed.start();
+    ask(what);
+    QVERIFY(elapsed.elapsed() >= time - 10); // timers count in their own milliseconds
+    QCOMPARE(boxes(), QStringList(box));
+    m_port->write("#"); // what follows is not theirs
+    QCOMPARE(hear(line, request.size() + 1), request + "#");
+}
+
+void test_hardware_upgrade::when_an_answer_counts_data()
+{
+    QTest::addColumn<int>("after");
+    QTest::addColumn<bool>("seen");
+    QTest::newRow("before the question") << 0 << true;
+    QTest::newRow("in the first wait") << 1 << true;
+    QTest::newRow("in the last wait") << 3 << false;
+}
+
+/// The answer comes once the program has looked so often.
+void test_hardware_upgrade::when_an_answer_counts()
+{
+    QFETCH(int, after);
+    QFETCH(bool, seen);
+    const open_line line(*m_port);
+    open_port(line.path());
+    const auto looks = [this] { return m_log->texts().filter("recive data from device:").size(); };
+    const auto answer = [&line] { line.say(QByteArray("G1", 3)); };
+    QTimer answering;
+    connect(&answering, &QTimer::timeout, &answering, [&] {
+        if (looks() == after) {
+            answer();
+            answering.stop();
+        }
+    });
+    if (after == 0) {
+        answer();
+        QTRY_COMPARE_WITH_TIMEOUT(m_port->bytesAvailable(), 3, patience_ms);
+    } else {
+        answering.start(1);
+    }
+    QElapsedTimer elapsed;
+    elapsed.start();
+    const file_dialog_user chooser; // cancels
+    ask(question::local);
+    QCOMPARE(chooser.dialogs.size(), seen ? 1 : 0);
+    QCOMPARE(boxes(), QStringList(seen ? "2|警告|文件打开失败" : "1|提示|本设备不支持升级"));
+    QVERIFY(looks() > after || !seen);
+    if (after == 0) {
+        QCOMPARE(looks(), 1);
+        QVERIFY(elapsed.elapsed() >= 490); // it is used when the pass is over
+    }
+}
+
+void test_hardware_upgrade::a_question_takes_the_port_from_a_transfer_data()
+{
+    QTest::addColumn<question>("what");
+    QTest::addColumn<bool>("taken");
+    QTest::newRow("cloud") << question::cloud << true;
+    QTest::newRow("local") << question::local << true;
+    QTest::newRow("confirm") << question::confirm << false;
+}
+
+void test_hardware_upgrade::a_question_takes_the_port_from_a_transfer()
+{
+    QFETCH(question, what);
+    QFETCH(bool, taken);
+    const open_line line(*m_port);
+    open_port(line.path());
+    begin_transfer(image_of(4096));
+    ask(what); // remains without an answer
+    QCOMPARE(QObject::disconnect(m_port.get(), &QSerialPort::readyRead, m_worker.get(),
+                                 &hardware_upgrade::serial_read),
+             !taken);
 }
 
 void test_hardware_upgrade::an_instrument_without_an_answer_data()
@@ -524,6 +686,20 @@ void test_hardware_upgrade::refused_blocks_are_repeated()
     QCOMPARE(progress.last()[0].toInt(), 100);
 }
 
+/// The time of a transfer begins with its header: before it nothing is told.
+void test_hardware_upgrade::silence_before_the_header_is_not_told()
+{
+    start_instrument({.silent_from = 0});
+    file_dialog_user chooser;
+    chooser.path = write("f.bin", image_of(100));
+    m_worker->recv_form_local_updata();
+    QTest::qWait(300);
+    QCOMPARE(boxes(), QStringList());
+    QCOMPARE(m_worker->active, 1);
+    QCOMPARE(m_worker->pending, 0);
+    QVERIFY(!m_worker->transfer_timer->isActive());
+}
+
 void test_hardware_upgrade::silence_is_told_and_tried_again_data()
 {
     QTest::addColumn<int>("message");
@@ -562,7 +738,7 @@ void test_hardware_upgrade::success_leaves_nothing_running()
 /// Without an event loop the steps are taken one by one, and no timer strikes.
 void test_hardware_upgrade::one_byte_for_each_call()
 {
-    const open_line line;
+    const open_line line(*m_port);
     open_port(line.path());
     const QByteArray image = image_of(129);
     begin_transfer(image);
@@ -582,7 +758,7 @@ void test_hardware_upgrade::one_byte_for_each_call()
 /// line, for an image of 129 bytes: one block of 1024.
 void test_hardware_upgrade::the_whole_road()
 {
-    const open_line line;
+    const open_line line(*m_port);
     open_port(line.path());
     const QByteArray image = image_of(129);
     begin_transfer(image);
@@ -622,9 +798,24 @@ void test_hardware_upgrade::the_whole_road()
     QCOMPARE(m_worker->pending, 0);
 }
 
+/// What is left of an earlier transfer's time does not strike in the next one.
+void test_hardware_upgrade::each_transfer_has_its_own_time()
+{
+    const open_line line(*m_port);
+    open_port(line.path());
+    for (const int size : {400 * 1024, 300 * 1024 + 1023}) {
+        begin_transfer(image_of(size));
+        line.say("C");
+        QTRY_COMPARE_WITH_TIMEOUT(m_worker->transfer.at(), ymodem::sender::header_sent,
+                                  patience_ms);
+        QVERIFY(m_worker->transfer_timer->isActive());
+        QCOMPARE(m_worker->transfer_timer->interval(), size / 1024 * 200);
+    }
+}
+
 void test_hardware_upgrade::answers_in_one_piece_are_all_taken()
 {
-    const open_line line;
+    const open_line line(*m_port);
     open_port(line.path());
     begin_transfer(image_of(200'000));
     line.say("C\x06"
@@ -635,7 +826,7 @@ void test_hardware_upgrade::answers_in_one_piece_are_all_taken()
 
 void test_hardware_upgrade::what_was_said_before_is_no_answer()
 {
-    const open_line line;
+    const open_line line(*m_port);
     open_port(line.path());
     line.say("CCC");
     QTRY_COMPARE_WITH_TIMEOUT(m_port->bytesAvailable(), 3, patience_ms);
@@ -659,7 +850,7 @@ void test_hardware_upgrade::bytes_are_dropped_while_nothing_runs()
 
 void test_hardware_upgrade::the_machine_stops_silently()
 {
-    const open_line line;
+    const open_line line(*m_port);
     open_port(line.path());
     begin_transfer(image_of(4096));
     line.say("C\x06"
@@ -789,6 +980,41 @@ void test_hardware_upgrade::the_second_confirm_uses_what_the_first_has_fetched()
     QCOMPARE(m_taken->image, image);
     // It is fetched anew each time.
     QTRY_COMPARE_WITH_TIMEOUT(m_server->requests.size(), 3, patience_ms);
+}
+
+/// A read or another upgrade gets every byte of its answer.
+void test_hardware_upgrade::success_gives_the_port_back()
+{
+    start_instrument();
+    const QByteArray image = image_of(65536);
+    write("new.bin", image);
+    m_server->answers["/fw/new.bin"] = {.body = image};
+    offer("VELMO-SIM-1.0", "\"Url1\":\"" + m_server->address("/fw/new.bin").toEncoded() + "\"");
+    look_at_list();
+    m_worker->recv_form_sure("new.bin");
+    QTRY_COMPARE_WITH_TIMEOUT(boxes().count(good_box), 1, patience_ms);
+
+    m_port->write("version");
+    QTRY_COMPARE_WITH_TIMEOUT(m_port->bytesAvailable(), 14, patience_ms);
+    QTest::qWait(50); // nobody takes them
+    QCOMPARE(m_port->readAll(), QByteArray("VELMO-SIM-1.0", 14));
+
+    m_taken.reset();
+    m_worker->recv_form_sure("new.bin");
+    QTRY_COMPARE_WITH_TIMEOUT(boxes().count(good_box), 2, patience_ms);
+    QVERIFY(m_taken.has_value() && m_taken->image == image);
+}
+
+/// The address is never empty, with the "/" in it, so that nobody is sent back to
+/// the list: an instrument without a zero byte has the version of none.
+void test_hardware_upgrade::confirm_without_a_look_at_the_list()
+{
+    start_instrument({.version_ends_with_zero = false});
+    m_worker->recv_form_sure("a.bin");
+    QTRY_COMPARE_WITH_TIMEOUT(boxes().size(), 2, patience_ms);
+    QVERIFY(boxes().contains("2|警告|bin文件打开失败"));
+    QVERIFY(boxes().contains("2|警告|文件下载失败"));
+    QCOMPARE(m_worker->file_url, QStringLiteral("/a.bin"));
 }
 
 void test_hardware_upgrade::confirm_without_a_zero_byte_fails()

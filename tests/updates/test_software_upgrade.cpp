@@ -439,10 +439,13 @@ void test_software_upgrade::downloads_that_fail()
         .body = QByteArray(1'000'000, 'p'), .status = status, .cut_after = cut_after};
     box_watcher watcher;
     const log_capture log;
+    QSignalSpy told(m_worker.get(), &software_upgrade::send_set_ui_signal_to_software_upgrade);
     m_worker->download_file();
     QTRY_COMPARE_WITH_TIMEOUT(watcher.boxes.size(), 1, patience_ms);
     QCOMPARE(described(watcher),
              QStringList("2|下载错误|下载失败，原因可能是网络问题或服务器无响应"));
+    if (cut_after == 999'999)
+        QCOMPARE(told.last()[2].toInt(), 99); // cut off, not rounded
     QVERIFY(log.has("Download failed: "));
     QCOMPARE(files(), QStringList()); // nothing, not even a part
 }

@@ -19,7 +19,7 @@ void give_program_settings(QWebEngineView& view);
 [[nodiscard]] QVariant value_of(QWebEngineView& view, const QString& expression);
 /// Waits until an expression holds in the page.
 [[nodiscard]] bool comes_true(QWebEngineView& view, const QString& expression,
-                              int timeout_ms = 10'000);
+                              int timeout_ms = 30'000);
 /// Sends a figure as the hub does, in one packet.
 void send_figure(QWebEngineView& view, const QString& id, const QString& kind,
                  const QString& numbers);
@@ -27,7 +27,7 @@ void send_figure(QWebEngineView& view, const QString& id, const QString& kind,
 [[nodiscard]] QPoint pixel_of(QWebEngineView& view, double longitude, double latitude);
 /// Waits until a pixel within `reach` of a place has nearly this colour.
 [[nodiscard]] bool shows(QWebEngineView& view, const QPoint& place, const QColor& colour,
-                         int reach = 2, int timeout_ms = 5'000);
+                         int reach = 2, int timeout_ms = 20'000);
 /// The same at once.
 [[nodiscard]] bool shows_now(QWebEngineView& view, const QPoint& place, const QColor& colour,
                              int reach = 2);

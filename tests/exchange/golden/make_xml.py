@@ -25,7 +25,7 @@ def values(number):
     slope, distance, areamu, areameter, total = (value[i] for i in (1, 3, 4, 5, 6))
     currency = str(1 + number % 5)
     return [f"2024-03-{10 + number} 07:08:09", method, slope, "667", currency, distance,
-            areameter, areamu, total, str(len(points)), "10", name]
+            areameter, areamu, total, str(len(points)), str(301 + number), name]
 
 
 def kml():
