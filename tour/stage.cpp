@@ -55,15 +55,21 @@ void stage::xdotool(const QStringList& arguments)
                                    QString::fromLocal8Bit(process.readAllStandardError())));
 }
 
-void stage::wait_for(const QString& what, const std::function<bool()>& condition,
-                     int timeout_ms) const
+bool stage::comes_true(const std::function<bool()>& condition, int timeout_ms) const
 {
     const QDeadlineTimer deadline(qint64{timeout_ms} * m_patience);
     while (!see(condition)) {
         if (deadline.hasExpired())
-            throw step_failed(QStringLiteral("waited in vain: %1").arg(what));
+            return false;
         QThread::msleep(20);
     }
+    return true;
+}
+
+void stage::wait_for(const QString& what, const std::function<bool()>& condition,
+                     int timeout_ms) const
+{
+    check(comes_true(condition, timeout_ms), QStringLiteral("waited in vain: %1").arg(what));
 }
 
 QWidget* stage::widget(const QString& name)
@@ -282,17 +288,27 @@ void stage::give_path(const QString& path) const
     wait_for(QStringLiteral("a file dialog"), [&] { return dialog() != nullptr; });
     constexpr int placing = 500; // ms in which the window manager places and decorates it
     QThread::msleep(placing);
+    const auto line = [] { return qobject_cast<QLineEdit*>(QApplication::focusWidget()); };
     const auto has_the_keys = [&] {
-        return dialog() != nullptr && dialog()->isActiveWindow() &&
-               qobject_cast<QLineEdit*>(QApplication::focusWidget()) != nullptr;
+        return dialog() != nullptr && dialog()->isActiveWindow() && line() != nullptr;
     };
-    if (!see(has_the_keys))
-        click(QStringLiteral("fileNameEdit"));
-    wait_for(QStringLiteral("the file dialog in front"), has_the_keys);
-    press(QStringLiteral("ctrl+a"));
-    type(path);
-    press(QStringLiteral("Return"));
-    wait_for(QStringLiteral("the file dialog closed"), [&] { return dialog() == nullptr; });
+    // On a busy machine a key may be lost, or come when the list of files that opens
+    // below the line takes it: a person looks, and types it again.
+    constexpr int attempts = 3;
+    constexpr int looking = 5000; // ms
+    for (int i = 0; i < attempts; ++i) {
+        if (!see(has_the_keys))
+            click(QStringLiteral("fileNameEdit"));
+        wait_for(QStringLiteral("the file dialog in front"), has_the_keys);
+        press(QStringLiteral("ctrl+a"));
+        type(path);
+        if (!comes_true([&] { return line() != nullptr && line()->text() == path; }, looking))
+            continue;
+        press(QStringLiteral("Return"));
+        if (comes_true([&] { return dialog() == nullptr; }, looking))
+            return;
+    }
+    throw step_failed(QStringLiteral("the file dialog does not take ") + path);
 }
 
 void stage::set_network(bool reached) const

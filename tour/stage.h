@@ -42,6 +42,9 @@ public:
         in_gui_thread([&] { seen = look(); });
         return seen;
     }
+    /// Waits until `condition`, seen in the GUI thread, holds; false if it does not
+    /// within `timeout_ms`.
+    [[nodiscard]] bool comes_true(const std::function<bool()>& condition, int timeout_ms) const;
     /// Waits until `condition`, seen in the GUI thread, holds; fails with
     /// `what` after `timeout_ms`.
     void wait_for(const QString& what, const std::function<bool()>& condition,
