@@ -32,6 +32,7 @@
 #include <QWebEnginePage>
 #include <QWebEngineSettings>
 #include <QWebEngineView>
+#include <QWindow>
 
 namespace {
 
@@ -285,6 +286,10 @@ void MainWindow::show_in_the_middle(QWidget* dialog, Qt::WindowModality modality
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setWindowModality(modality);
     dialog->move(geometry().center() - dialog->rect().center());
+    // Above this window also where it does not block it: a box of this window would
+    // otherwise bring this window before it, and hide it.
+    dialog->winId();
+    dialog->windowHandle()->setTransientParent(windowHandle());
     dialog->show();
 }
 

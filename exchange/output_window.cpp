@@ -152,8 +152,9 @@ void outputWindow::on_pushButton_clicked()
         &outputWindow::kml_clicked,     &outputWindow::picture_clicked,
         &outputWindow::excel_clicked,
     };
-    if (const int format = m_formats->currentIndex(); format >= 0)
-        (this->*actions[static_cast<std::size_t>(format)])();
+    const auto format = static_cast<std::size_t>(m_formats->currentIndex());
+    if (format < actions.size()) // neither no choice nor one of a second filling
+        (this->*actions[format])();
 }
 
 void outputWindow::one_CSV_clicked()

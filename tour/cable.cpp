@@ -24,6 +24,12 @@ bool cable::plug_in(const QString& path)
     return true;
 }
 
+void cable::unplug()
+{
+    if (m_serial != nullptr)
+        m_serial->available_ports = [] { return QList<serial_thread::listed_port>(); };
+}
+
 bool cable::eventFilter(QObject* watched, QEvent* event)
 {
     // By name, as this plugin does not hold the program's code.

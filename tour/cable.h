@@ -19,6 +19,12 @@ public:
     /// Lists the pseudo-terminal as the one USB serial port, as long as it is there;
     /// false as long as the program does not look for ports.
     bool plug_in(const QString& path);
+    /// Lists no port any more. A name of a pseudo-terminal that has gone may come back
+    /// as another program's.
+    void unplug();
+    /// The program's part that reads the instruments; null as long as it does not look
+    /// for ports.
+    [[nodiscard]] const serial_thread* reader() const { return m_serial; }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -33,8 +33,8 @@ void check(bool holds, const QString& what)
         throw step_failed(what);
 }
 
-stage::stage(const QString& picture_folder, local_server& tiles)
-    : m_folder(picture_folder), m_tiles(tiles)
+stage::stage(const QString& picture_folder, local_server& tiles, int patience)
+    : m_folder(picture_folder), m_tiles(tiles), m_patience(patience)
 {
     QDir().mkpath(m_folder);
 }
@@ -48,21 +48,28 @@ void stage::xdotool(const QStringList& arguments)
 {
     QProcess process;
     process.start(QStringLiteral("xdotool"), arguments);
-    if (!process.waitForFinished(10'000) || process.exitCode() != 0)
+    constexpr int longest = 60'000; // ms, on a busy machine
+    if (!process.waitForFinished(longest) || process.exitCode() != 0)
         throw step_failed(QStringLiteral("xdotool %1: %2")
                               .arg(arguments.join(QLatin1Char(' ')),
                                    QString::fromLocal8Bit(process.readAllStandardError())));
 }
 
+bool stage::comes_true(const std::function<bool()>& condition, int timeout_ms) const
+{
+    const QDeadlineTimer deadline(qint64{timeout_ms} * m_patience);
+    while (!see(condition)) {
+        if (deadline.hasExpired())
+            return false;
+        QThread::msleep(20);
+    }
+    return true;
+}
+
 void stage::wait_for(const QString& what, const std::function<bool()>& condition,
                      int timeout_ms) const
 {
-    const QDeadlineTimer deadline(timeout_ms);
-    while (!see(condition)) {
-        if (deadline.hasExpired())
-            throw step_failed(QStringLiteral("waited in vain: %1").arg(what));
-        QThread::msleep(20);
-    }
+    check(comes_true(condition, timeout_ms), QStringLiteral("waited in vain: %1").arg(what));
 }
 
 QWidget* stage::widget(const QString& name)
@@ -281,17 +288,27 @@ void stage::give_path(const QString& path) const
     wait_for(QStringLiteral("a file dialog"), [&] { return dialog() != nullptr; });
     constexpr int placing = 500; // ms in which the window manager places and decorates it
     QThread::msleep(placing);
+    const auto line = [] { return qobject_cast<QLineEdit*>(QApplication::focusWidget()); };
     const auto has_the_keys = [&] {
-        return dialog() != nullptr && dialog()->isActiveWindow() &&
-               qobject_cast<QLineEdit*>(QApplication::focusWidget()) != nullptr;
+        return dialog() != nullptr && dialog()->isActiveWindow() && line() != nullptr;
     };
-    if (!see(has_the_keys))
-        click(QStringLiteral("fileNameEdit"));
-    wait_for(QStringLiteral("the file dialog in front"), has_the_keys);
-    press(QStringLiteral("ctrl+a"));
-    type(path);
-    press(QStringLiteral("Return"));
-    wait_for(QStringLiteral("the file dialog closed"), [&] { return dialog() == nullptr; });
+    // On a busy machine a key may be lost, or come when the list of files that opens
+    // below the line takes it: a person looks, and types it again.
+    constexpr int attempts = 3;
+    constexpr int looking = 5000; // ms
+    for (int i = 0; i < attempts; ++i) {
+        if (!see(has_the_keys))
+            click(QStringLiteral("fileNameEdit"));
+        wait_for(QStringLiteral("the file dialog in front"), has_the_keys);
+        press(QStringLiteral("ctrl+a"));
+        type(path);
+        if (!comes_true([&] { return line() != nullptr && line()->text() == path; }, looking))
+            continue;
+        press(QStringLiteral("Return"));
+        if (comes_true([&] { return dialog() == nullptr; }, looking))
+            return;
+    }
+    throw step_failed(QStringLiteral("the file dialog does not take ") + path);
 }
 
 void stage::set_network(bool reached) const

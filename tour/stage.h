@@ -31,7 +31,8 @@ void check(bool holds, const QString& what);
 class stage
 {
 public:
-    stage(const QString& picture_folder, local_server& tiles);
+    /// All waits last `patience` times as long as they say before they fail.
+    stage(const QString& picture_folder, local_server& tiles, int patience = 1);
 
     /// Runs `look` in the GUI thread and returns what it returns.
     template <typename Look>
@@ -41,6 +42,9 @@ public:
         in_gui_thread([&] { seen = look(); });
         return seen;
     }
+    /// Waits until `condition`, seen in the GUI thread, holds; false if it does not
+    /// within `timeout_ms`.
+    [[nodiscard]] bool comes_true(const std::function<bool()>& condition, int timeout_ms) const;
     /// Waits until `condition`, seen in the GUI thread, holds; fails with
     /// `what` after `timeout_ms`.
     void wait_for(const QString& what, const std::function<bool()>& condition,
@@ -96,4 +100,5 @@ private:
 
     QString m_folder;
     local_server& m_tiles;
+    int m_patience;
 };

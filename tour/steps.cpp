@@ -3,6 +3,7 @@
 #include "export_dialog.h"
 #include "output_steps.h"
 #include "stage.h"
+#include "tables.h"
 #include "tiles.h"
 
 #include "coordinates/transforms.h"
@@ -33,43 +34,16 @@
 
 namespace {
 
-constexpr int name_column = 2;
-
-QAbstractItemView* table(const char* name)
-{
-    return qobject_cast<QAbstractItemView*>(stage::widget(QLatin1String(name)));
-}
-
-int rows(const char* name)
-{
-    return table(name)->model()->rowCount();
-}
-
-int ticked_rows()
-{
-    const QAbstractItemModel* model = table("alltableView")->model();
-    int ticked = 0;
-    for (int row = 0; row < model->rowCount(); ++row)
-        ticked += model->index(row, 0).data().toBool() ? 1 : 0;
-    return ticked;
-}
+using tables::cell;
+using tables::kind_views;
+using tables::name_column;
+using tables::rows;
+using tables::ticked_rows;
 
 QString text_of(const char* label)
 {
     return qobject_cast<QLabel*>(stage::widget(QLatin1String(label)))->text();
 }
-
-/// Screen place of a cell's middle.
-QPoint cell(const char* name, int row, int column)
-{
-    QAbstractItemView* view = table(name);
-    view->scrollTo(view->model()->index(row, column));
-    return view->viewport()->mapToGlobal(
-        view->visualRect(view->model()->index(row, column)).center());
-}
-
-constexpr const char* kind_views[] = {"areatableView", "distableView",   "pointtableView",
-                                      "linetableView", "tracktableView", "fangyangtableView"};
 
 void connect_instrument(const stage& at)
 {
@@ -429,11 +403,12 @@ void look_at_output(const stage& at, const QString& folder, const QString& langu
 void edit_a_name(const stage& at)
 {
     const QString name = QStringLiteral("North field 7");
-    const QString before = at.see(
-        [] { return table("alltableView")->model()->index(0, name_column).data().toString(); });
+    const QString before = at.see([] {
+        return tables::view("alltableView")->model()->index(0, name_column).data().toString();
+    });
     at.click(at.see([] { return cell("alltableView", 0, name_column); }), 2);
     at.wait_for(QStringLiteral("an editor in the cell"), [] {
-        return table("alltableView")
+        return tables::view("alltableView")
                    ->viewport()
                    ->findChild<QWidget*>(QString(), Qt::FindDirectChildrenOnly) != nullptr;
     });
@@ -441,11 +416,12 @@ void edit_a_name(const stage& at)
     at.type(name);
     at.press(QStringLiteral("Return"));
     at.wait_for(QStringLiteral("the new name in the first table"), [&] {
-        return table("alltableView")->model()->index(0, name_column).data().toString() == name;
+        return tables::view("alltableView")->model()->index(0, name_column).data().toString() ==
+               name;
     });
     const bool found = at.see([&] {
         for (const char* view : kind_views) {
-            const QAbstractItemModel* model = table(view)->model();
+            const QAbstractItemModel* model = tables::view(view)->model();
             for (int row = 0; row < model->rowCount(); ++row) {
                 if (model->index(row, name_column).data().toString() == name)
                     return true;
@@ -774,6 +750,8 @@ void close_the_program(const stage& at)
     at.click(yes);
 }
 
+} // namespace
+
 void walk(const QString& folder, local_server& tiles, cable& usb)
 {
     struct step
@@ -843,9 +821,7 @@ void walk(const QString& folder, local_server& tiles, cable& usb)
     }
 }
 
-} // namespace
-
-tour::tour(const QString& picture_folder) : m_folder(picture_folder)
+tour::tour(const QString& folder, tour_script script) : m_folder(folder), m_script(script)
 {
     m_tiles.body_for = tiles::picture_for;
     // Read when the web engine starts.
@@ -863,6 +839,6 @@ tour::~tour()
 
 void tour::start()
 {
-    m_person.reset(QThread::create([this] { walk(m_folder, m_tiles, m_cable); }));
+    m_person.reset(QThread::create([this] { m_script(m_folder, m_tiles, m_cable); }));
     m_person->start();
 }

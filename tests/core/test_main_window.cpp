@@ -54,6 +54,7 @@
 #include <QWebEnginePage>
 #include <QWebEngineSettings>
 #include <QWebEngineView>
+#include <QWindow>
 
 using pairs = QList<std::pair<int, int>>;
 
@@ -1399,6 +1400,7 @@ void test_main_window::import_dialog_follows_the_language()
     QVERIFY(dialog != nullptr);
     QVERIFY(dialog->isVisible());
     QCOMPARE(dialog->windowModality(), Qt::NonModal);
+    QCOMPARE(dialog->windowHandle()->transientParent(), m_window->windowHandle());
     const auto* button = dialog->findChild<QPushButton*>("pushButton_2");
     QCOMPARE(button->text(), QStringLiteral("导入文件"));
     // Not modal: the language can change behind it, and the next dialog tells it.

@@ -8,6 +8,7 @@
 #include "support/log_capture.h"
 
 #include <QElapsedTimer>
+#include <QMetaMethod>
 #include <QSignalSpy>
 #include <QStandardItemModel>
 #include <QTcpSocket>
@@ -70,8 +71,12 @@ private slots:
     void init();
     void cleanup();
 
+    void starts_with_no_device();
+    void names_of_slots();
     void no_model();
     void no_channel();
+    void a_port_that_cannot_be_read();
+    void a_socket_that_is_not_connected();
     void nothing_ticked();
     void ticked_beyond_the_lists();
 
@@ -79,6 +84,7 @@ private slots:
     void points_in_blocks_data();
     void points_in_blocks();
     void the_sequence_wraps();
+    void an_item_of_another_size_is_sent_all_the_same();
     void rows_that_cannot_be_sent_data();
     void rows_that_cannot_be_sent();
     void mode_text_when_the_probe_is_not_answered_data();
@@ -95,6 +101,7 @@ private slots:
     void an_answer_before_the_probe_does_not_count();
 
     void the_android_channel();
+    void no_channel_whatever_goes_out();
     void a_slow_android_instrument();
     void both_channels();
     void both_channels_with_different_protocols();
@@ -220,6 +227,28 @@ QList<QByteArray> test_data_to_device::android_frames() const
 
 // Checks before anything is sent.
 
+void test_data_to_device::starts_with_no_device()
+{
+    const data_to_device fresh;
+    QVERIFY(qobject_cast<const QThread*>(&fresh) != nullptr);
+    QCOMPARE(fresh.port, nullptr);
+    QVERIFY(fresh.channel.isNull());
+}
+
+void test_data_to_device::names_of_slots()
+{
+    const QMetaObject& meta = data_to_device::staticMetaObject;
+    QByteArrayList signatures;
+    for (int at = meta.methodOffset(); at < meta.methodCount(); ++at) {
+        QCOMPARE(meta.method(at).methodType(), QMetaMethod::Slot);
+        signatures += meta.method(at).methodSignature();
+    }
+    QCOMPARE(signatures,
+             (QByteArrayList{
+                 "import_data_to_device(QStandardItemModel*,QList<measuringData>,QStringList)",
+                 "channel_in(AdbStringChannel*)", "channel_out(AdbStringChannel*)"}));
+}
+
 void test_data_to_device::no_model()
 {
     upload->import_data_to_device(nullptr, table_list, lines);
@@ -236,6 +265,29 @@ void test_data_to_device::no_channel()
     QCOMPARE(watcher->boxes[0].title, "警告");
     QCOMPARE(watcher->texts(), QStringList{"串口未连接"});
     QVERIFY(log->has("[import] serial usable: false"));
+    QVERIFY(log->has("[import] android usable: false"));
+}
+
+void test_data_to_device::a_port_that_cannot_be_read()
+{
+    open_port(accept);
+    upload->port->close();
+    QVERIFY(upload->port->open(QIODevice::WriteOnly));
+    add("面积", lines_of(1));
+    run_upload();
+    QCOMPARE(watcher->texts(), QStringList{"串口未连接"});
+    QVERIFY(log->has("[import] serial usable: false"));
+    QVERIFY(serial->requests().isEmpty());
+}
+
+void test_data_to_device::a_socket_that_is_not_connected()
+{
+    open_socket(accept);
+    channel->socket->disconnectFromHost();
+    QTRY_COMPARE(channel->socket->state(), QTcpSocket::UnconnectedState);
+    add("面积", lines_of(1));
+    run_upload();
+    QCOMPARE(watcher->texts(), QStringList{"串口未连接"});
     QVERIFY(log->has("[import] android usable: false"));
 }
 
@@ -379,6 +431,27 @@ void test_data_to_device::the_sequence_wraps()
     for (qsizetype index = 1; index < frames.size(); ++index)
         QCOMPARE(int{frame::read_u8(frames[index], 3)}, static_cast<int>((index - 1) % 256));
     QCOMPARE(frame::read_u16(frames[1], 35), 130);
+}
+
+/// Nothing that builds items makes one; it is told and no reason to stop.
+void test_data_to_device::an_item_of_another_size_is_sent_all_the_same()
+{
+    open_port(accept);
+    data_to_device::UploadItem item;
+    item.kind = 0;
+    item.old_mode = "5";
+    item.points = {{1, 2, 3}};
+    QString error;
+    QVERIFY(upload->send_packets(port.get(), {item}, 51, error));
+    const QList<QByteArray> frames = serial_frames();
+    QCOMPARE(frames.size(), 2);
+    QCOMPARE(int{frame::read_u16(frames[0], 4)}, 24); // without both times
+    const auto lines_logged = log->lines();
+    const auto told = std::find_if(lines_logged.begin(), lines_logged.end(), [](const auto& one) {
+        return one.text == "[import] item payload length mismatch: 24 expected: 36";
+    });
+    QVERIFY(told != lines_logged.end());
+    QCOMPARE(told->type, QtWarningMsg);
 }
 
 void test_data_to_device::rows_that_cannot_be_sent_data()
@@ -652,6 +725,21 @@ void test_data_to_device::the_android_channel()
     upload->channel_out(channel.get());
     run_upload();
     QCOMPARE(watcher->texts().last(), "串口未连接");
+}
+
+void test_data_to_device::no_channel_whatever_goes_out()
+{
+    add("面积", lines_of(1));
+    AdbStringChannel other("127.0.0.1", 1, "emulator-5556", "adb", nullptr);
+    for (AdbStringChannel* const gone : {&other, static_cast<AdbStringChannel*>(nullptr)}) {
+        open_socket(accept);
+        QCOMPARE(upload->channel, channel.get());
+        upload->channel_out(gone);
+        QVERIFY(upload->channel.isNull());
+        run_upload();
+        QCOMPARE(watcher->texts().last(), "串口未连接");
+        QVERIFY(android->requests().isEmpty());
+    }
 }
 
 /// A wait in which nothing comes makes the socket say so with an error, which must

@@ -4,6 +4,7 @@
 #include "support/box_watcher.h"
 #include "support/log_capture.h"
 
+#include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
@@ -55,6 +56,7 @@ private slots:
     void short_kinds();
     void short_record();
     void six_significant_digits();
+    void numbers_beyond_32_bits();
     void long_kinds_data();
     void long_kinds();
     void long_points();
@@ -68,12 +70,14 @@ private slots:
     void heads_that_do_not_match_data();
     void heads_that_do_not_match();
     void points_in_the_first_fifty_characters_are_lost();
+    void characters_are_counted_not_bytes();
     void a_short_point_without_altitude_abandons_the_record();
     void a_long_point_without_altitude_has_zero();
     void signs();
     void times_data();
     void times();
     void end_and_point_times_of_five_digits();
+    void all_times_of_four_digits();
     void records_that_are_there_already_data();
     void records_that_are_there_already();
     void records_that_differ_in_one_thing_data();
@@ -82,6 +86,7 @@ private slots:
 
     void a_stream_in_three_parts();
     void a_stream_that_ends_too_early();
+    void a_pause_ends_the_stream();
     void a_total_of_zero();
     void a_total_below_zero();
     void a_total_in_less_than_four_characters();
@@ -306,6 +311,18 @@ void test_text_records::six_significant_digits()
     QCOMPARE(reader->table_list.first().distance, "1e+07");
 }
 
+void test_text_records::numbers_beyond_32_bits()
+{
+    reader->parse_record(short_head("m4294967296,l42949672960") + short_point + "!");
+    QCOMPARE(reader->table_list.last().areameter, "4.29497e+09");
+    QCOMPARE(reader->table_list.last().distance, "4.29497e+09");
+    reader->parse_record(QString(long_route).replace("e1239", "e42949672969") + long_point + "!");
+    QCOMPARE(reader->table_list.last().distance, "4294967296");
+    reader->parse_record(QString(long_distance).replace("zj1119", "zj42949672969") + long_point +
+                         "!");
+    QCOMPARE(reader->table_list.last().zj, "4294967296");
+}
+
 void test_text_records::long_kinds_data()
 {
     QTest::addColumn<QString>("text");
@@ -483,6 +500,14 @@ void test_text_records::points_in_the_first_fifty_characters_are_lost()
     }
 }
 
+/// The text is UTF-8, and the cut falls behind fifty characters of it.
+void test_text_records::characters_are_counted_not_bytes()
+{
+    const QString head = "n2,m1334,l1235;t202403050708,N0001,"; // 35 characters
+    run_loop((head + QString(15, QChar(0x4ea9)) + short_point + "!").toUtf8());
+    QCOMPARE(reader->data_msg, QStringList{"104.053472222222,-30.500000000000"});
+}
+
 void test_text_records::a_short_point_without_altitude_abandons_the_record()
 {
     reader->parse_record(short_area + short_point + "104d3'12.5\",30d30'0.0\";" + short_point +
@@ -551,6 +576,17 @@ void test_text_records::end_and_point_times_of_five_digits()
     QCOMPARE(points.size(), 2);
     QCOMPARE(points[0].time, "");
     QCOMPARE(points[1].time, "2024-03-05 07:08:12");
+}
+
+void test_text_records::all_times_of_four_digits()
+{
+    const QString head =
+        QString(long_track).replace("20240305070809", "202403050708").replace("080910", "0809");
+    reader->parse_record(head + QString(long_point).replace("070812", "0708") + "!");
+    QCOMPARE(reader->table_list.size(), 1);
+    QCOMPARE(reader->table_list.first().time, "2024-03-05 07:08:00");
+    QCOMPARE(reader->table_list.first().endtime, "2024-03-05 08:09:00");
+    QCOMPARE(reader->point_msg_all.first().first().time, "2024-03-05 07:08:00");
 }
 
 void test_text_records::records_that_are_there_already_data()
@@ -664,6 +700,24 @@ void test_text_records::a_stream_that_ends_too_early()
     QCOMPARE(progress.size(), 1);
     QCOMPARE(progress[0][0].toInt(), 50);
     QVERIFY(reader->table_list.isEmpty());
+}
+
+/// Of 200 ms, in which nothing comes. What comes is logged.
+void test_text_records::a_pause_ends_the_stream()
+{
+    open();
+    const QByteArray record = (short_area + short_point + "!").toUtf8();
+    QSignalSpy progress(reader.get(), &serial_thread::read_data_set_progressbar);
+    connect(reader.get(), &serial_thread::read_data_set_progressbar, this, [&] {
+        if (progress.size() == 1)
+            QVERIFY(instrument->say(record));
+    });
+    QElapsedTimer elapsed;
+    elapsed.start();
+    run_loop(record);
+    QVERIFY(elapsed.elapsed() >= 390); // timers count in their own milliseconds
+    QCOMPARE(progress.size(), 2);
+    QVERIFY(log->has(QStringLiteral("SERIAL_RX LEN=%1 HEX=").arg(record.size())));
 }
 
 void test_text_records::a_total_of_zero()

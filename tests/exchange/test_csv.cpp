@@ -146,6 +146,7 @@ private slots:
     void summary_area_in_mu();
     void points_by_mode_data();
     void points_by_mode();
+    void plane_cells_that_are_no_number_count_as_0();
     void negative_latitudes_lose_the_sign_of_their_minutes();
     void a_mode_that_is_none_keeps_the_points_only();
     void equal_blocks_data();
@@ -761,6 +762,20 @@ void test_csv::points_by_mode()
     // A summary is not converted.
     QCOMPARE(import(summary("1", "1", points), mode), summary_read);
     QCOMPARE(m_importer.data_msg, QStringList(QString::fromUtf8(point)));
+}
+
+void test_csv::plane_cells_that_are_no_number_count_as_0()
+{
+    const auto degrees_of = [](double x, double y) {
+        const file_coordinates form = form_of(1);
+        const geodetic_position at =
+            plane_to_wgs84({x, y, 0.0}, form.param, form.cz, form.dz, form.pl);
+        return QString::number(at.l, 'f', 12) + ',' + QString::number(at.b, 'f', 12);
+    };
+    QCOMPARE(import(block("a", 1, "x,35406081.2,500\n"), 1), blocks_read);
+    QCOMPARE(m_importer.data_msg, QStringList(degrees_of(0.0, 35406081.2)));
+    QCOMPARE(import(block("a", 1, "35406081.2,x,500\n"), 4), blocks_read);
+    QCOMPARE(m_importer.data_msg, QStringList(degrees_of(0.0, 35406081.2)));
 }
 
 void test_csv::negative_latitudes_lose_the_sign_of_their_minutes()

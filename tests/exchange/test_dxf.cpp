@@ -180,6 +180,8 @@ private slots:
     void vertex_count_is_that_of_the_record();
     void degrees_are_scaled_in_all_spherical_modes();
     void plane_coordinates_lose_their_zone();
+    void an_easting_below_zero_stays_below();
+    void parameters_are_logged();
     void damaged_lines_are_passed_over();
     void empty_parts_are_passed_over();
     void a_record_without_points_draws_nothing();
@@ -201,6 +203,7 @@ private slots:
     void time_loses_its_separators_from_the_second_record_on();
     void waypoints_in_plane_modes_do_not_survive();
     void polylines_are_taken_for_zone_39();
+    void vertices_keep_their_altitude();
     void corpus_data();
     void corpus();
     void binary_drawings_hold_nothing();
@@ -447,6 +450,31 @@ void test_dxf::plane_coordinates_lose_their_zone()
     entities = read_with_gdal(path("out.dxf"));
     QCOMPARE(entities.size(), 1);
     QVERIFY(close_to(entities[0].numbers, {plane.x, easting, 500.5}));
+}
+
+/// The whole millions go, towards zero.
+void test_dxf::an_easting_below_zero_stays_below()
+{
+    CoordinateSystem system = system_at(117);
+    system.east = -41'000'000.0;
+    const plane_position plane = plane_of(30.25, 117.5, system);
+    QVERIFY(plane.y < 0);
+    write_merged({record("航点", {"117.5,30.25,500.5"})}, 1, system);
+    const QList<gdal_entity> entities = read_with_gdal(path("out.dxf"));
+    QCOMPARE(entities.size(), 1);
+    QVERIFY(entities[0].numbers[0] < 0 && entities[0].numbers[0] > -1e6);
+    QCOMPARE(std::round(entities[0].numbers[0] - plane.y) / 1e6,
+             std::floor(-plane.y / 1e6)); // whole millions
+}
+
+void test_dxf::parameters_are_logged()
+{
+    const log_capture log;
+    model_param param;
+    param.projection.east = 512345.0;
+    m_exporter->export_list = {record("航点", {"104,30,1"})};
+    m_exporter->one_dxf_export(0, param, path("out.dxf"));
+    QVERIFY(log.has("512345"));
 }
 
 void test_dxf::damaged_lines_are_passed_over()
@@ -754,6 +782,20 @@ void test_dxf::polylines_are_taken_for_zone_39()
         QVERIFY(std::abs(numbers[0].toDouble() - 117.5) < 1e-7);
         QVERIFY(std::abs(numbers[1].toDouble() - 30.25) < 1e-7);
     }
+}
+
+void test_dxf::vertices_keep_their_altitude()
+{
+    const groups vertex{{0, "VERTEX"}, {8, "0"}, {10, "104000000"}, {20, "30000000"}, {30, "7.46"}};
+    import(write("high.dxf", drawing(groups{{0, "POLYLINE"},
+                                            {8, "0"},
+                                            { 66,
+                                              "1" }} +
+                                     vertex +
+                                     groups{{0, "SEQEND"},
+                                            { 8,
+                                              "0" }})));
+    QCOMPARE(m_importer->data_msg_altitude, QStringList("104.000000000000,30.000000000000,7.5\n"));
 }
 
 void test_dxf::corpus_data()

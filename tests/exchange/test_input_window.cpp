@@ -4,6 +4,7 @@
 #include "support/box_watcher.h"
 #include "support/file_dialog_user.h"
 
+#include <QMetaMethod>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -15,6 +16,7 @@ class test_input_window : public QObject
 
 private slots:
     void opens_as_designed();
+    void names_of_signal_and_slots();
     void texts_follow_the_language();
     void a_file_is_sent_on();
     void a_cancelled_choice_is_sent_on_too();
@@ -39,6 +41,15 @@ void test_input_window::opens_as_designed()
                                 "background-color: #bfbfbf;}"));
         QVERIFY(window.rect().contains(button->geometry()));
     }
+}
+
+void test_input_window::names_of_signal_and_slots()
+{
+    const QMetaObject& meta = input_window::staticMetaObject;
+    QCOMPARE(QByteArray(meta.method(meta.methodOffset()).methodSignature()),
+             QByteArray("send_btm_sign_to_mainwindow_import_file(QString)"));
+    QVERIFY(meta.indexOfSlot("on_pushButton_clicked()") >= 0);
+    QVERIFY(meta.indexOfSlot("on_pushButton_2_clicked()") >= 0);
 }
 
 void test_input_window::texts_follow_the_language()

@@ -215,6 +215,7 @@ private slots:
     void tuples_data();
     void tuples();
     void comments_within_coordinates();
+    void the_first_pass_logs_its_way();
     void modes_data();
     void modes();
     void all_geometries_of_an_own_placemark();
@@ -705,6 +706,14 @@ void test_kml::comments_within_coordinates()
     QCOMPARE(record.numpoint, "1"); // of the last text
 }
 
+void test_kml::the_first_pass_logs_its_way()
+{
+    const log_capture log;
+    QCOMPARE(read_own(document(own_placemark(method_item() + item("名字：", "x")))).size(), 1);
+    QCOMPARE(log.texts(), (QStringList{"Open file is successed", "description", "into coordinates",
+                                       "coordinates"}));
+}
+
 void test_kml::modes_data()
 {
     QTest::addColumn<int>("mode");
@@ -943,17 +952,21 @@ void test_kml::plain_modes()
     const file_coordinates form = form_of(1);
     const geodetic_position degrees =
         plane_to_wgs84({3387000.25, 35501972.5, 0.0}, form.param, form.cz, form.dz, form.pl);
-    const pair_list expected{
-        {QString::number(degrees.l, 'f', 12), QString::number(degrees.b, 'f', 12)}};
+    const QStringList expected{QString::number(degrees.l, 'f', 12) + u'|' +
+                               QString::number(degrees.b, 'f', 12)};
     const auto pairs = [](const QByteArray& coordinates, int mode) {
-        return read_placemarks(document(plain_placemark("Point", coordinates)), mode)
-            .value(0)
-            .coordinate_pairs;
+        // The texts are the record's, and go with it.
+        const exportRecord record =
+            read_placemarks(document(plain_placemark("Point", coordinates)), mode).value(0);
+        QStringList all;
+        for (const auto& [first, second] : record.coordinate_pairs)
+            all += first + u'|' + second;
+        return all;
     };
     QCOMPARE(pairs("3387000.25,35501972.5,7", 1), expected);
     QCOMPARE(pairs("35501972.5,3387000.25,7", 4), expected);
     for (const int mode : {0, 2, 3})
-        QCOMPARE(pairs("3387000.25,35501972.5,7", mode), (pair_list{{"3387000.25", "35501972.5"}}));
+        QCOMPARE(pairs("3387000.25,35501972.5,7", mode), QStringList("3387000.25|35501972.5"));
     QVERIFY(pairs("1,2,3", 5).isEmpty());
 }
 

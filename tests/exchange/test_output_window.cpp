@@ -140,6 +140,7 @@ private slots:
     void formats_data();
     void formats();
     void a_second_call_adds_the_formats_again();
+    void formats_of_a_second_call_send_nothing();
     void table_of_formats_agrees_with_itself();
     void language_takes_over_the_system();
     void a_system_that_is_not_there_is_empty();
@@ -256,6 +257,23 @@ void test_output_window::a_second_call_adds_the_formats_again()
     QCOMPARE(dialog.formats()->itemText(8), QStringLiteral("Excel文件"));
     QCOMPARE(dialog.formats()->itemText(9), QStringLiteral("Merge into CSV files"));
     QCOMPARE(dialog.formats()->currentIndex(), 0);
+}
+
+void test_output_window::formats_of_a_second_call_send_nothing()
+{
+    box_watcher watcher;
+    file_dialog_user user;
+    open_dialog dialog(0);
+    dialog.window.setlanguage(1);
+    const all_signals sent(dialog.window);
+    for (const int index : {-1, 9, 17}) {
+        dialog.formats()->setCurrentIndex(index);
+        dialog.confirm();
+        QCOMPARE(dialog.window.check_flags, QList<int>(12, 1)); // taken all the same
+    }
+    QCOMPARE(sent.sent(), 0);
+    QVERIFY(user.dialogs.isEmpty());
+    QVERIFY(watcher.boxes.isEmpty());
 }
 
 void test_output_window::table_of_formats_agrees_with_itself()

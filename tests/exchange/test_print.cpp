@@ -108,6 +108,7 @@ private slots:
     void a_wide_drawing_is_scaled_down_data();
     void a_wide_drawing_is_scaled_down();
     void the_page_can_be_typed_on();
+    void edges_are_smooth();
     void a_page_as_pdf();
     void the_print_button_prints();
     void a_dialog_that_is_closed_prints_nothing();
@@ -122,6 +123,8 @@ void test_print::the_window()
     QCOMPARE(form.windowTitle(), QStringLiteral("打印"));
     QVERIFY((form.windowFlags() & Qt::WindowMinimizeButtonHint) == 0);
     QVERIFY((form.windowFlags() & Qt::WindowMaximizeButtonHint) == 0);
+    for (const char* slot : {"on_pushButton_print_clicked()", "on_pushButton_view_clicked()"})
+        QVERIFY2(print::staticMetaObject.indexOfSlot(slot) >= 0, slot);
     QVERIFY(form.findChild<QTextEdit*>("textEdit") != nullptr);
     const QString style = QStringLiteral(
         "QPushButton{border: 1px solid #bfbfbf;border-radius:8px;background-color:#d4d4d4}"
@@ -185,6 +188,18 @@ void test_print::the_page_can_be_typed_on()
     QCOMPARE(image_in(*form.textEdit).size(), QSize(200, 100));
 }
 
+/// Though the widget itself asks for nothing of the kind, and nothing is scaled.
+void test_print::edges_are_smooth()
+{
+    print form;
+    marked_widget drawing({400, 300});
+    form.add_print_image(&drawing);
+    const QImage image = image_in(*form.textEdit);
+    QCOMPARE(image.size(), QSize(400, 300));
+    QVERIFY(count_of(image, Qt::gray) > 50);
+    QCOMPARE(count_of(drawing.grab().toImage(), Qt::gray), 0);
+}
+
 void test_print::a_page_as_pdf()
 {
     const QTemporaryDir folder;
@@ -220,6 +235,7 @@ void test_print::the_print_button_prints()
     form.show();
     when_open<QPrintDialog>([&](QPrintDialog& dialog) {
         QCOMPARE(dialog.parentWidget(), &form);
+        QCOMPARE(dialog.printer()->resolution(), QPrinter(QPrinter::ScreenResolution).resolution());
         // No printer in this place, or any other: into a file.
         dialog.printer()->setOutputFormat(QPrinter::PdfFormat);
         dialog.printer()->setOutputFileName(path);
@@ -255,6 +271,7 @@ void test_print::the_preview_opens()
     int found = 0;
     when_open<QPrintPreviewDialog>([&](QPrintPreviewDialog& dialog) {
         QCOMPARE(dialog.parentWidget(), &form);
+        QCOMPARE(dialog.printer()->resolution(), QPrinter(QPrinter::ScreenResolution).resolution());
         auto* preview = dialog.findChild<QPrintPreviewWidget*>();
         pages = preview->pageCount();
         dialog.resize(1000, 1200);

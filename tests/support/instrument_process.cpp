@@ -63,6 +63,16 @@ QString instrument_process::output()
     return m_output;
 }
 
+QString instrument_process::state()
+{
+    m_process.waitForFinished(0); // takes notice of its end
+    if (m_process.state() != QProcess::NotRunning)
+        return QStringLiteral("runs");
+    return m_process.exitStatus() == QProcess::CrashExit
+               ? QStringLiteral("was ended by signal %1").arg(m_process.exitCode())
+               : QStringLiteral("has ended with %1").arg(m_process.exitCode());
+}
+
 instrument_process::result instrument_process::run(const QStringList& arguments)
 {
     QProcess process;

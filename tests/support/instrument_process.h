@@ -26,6 +26,8 @@ public:
     [[nodiscard]] QString adb_serial() const;
     /// What it has printed so far.
     [[nodiscard]] QString output();
+    /// Whether it runs, or how it has ended.
+    [[nodiscard]] QString state();
 
     /// The program run to its end with these arguments: exit code and texts.
     struct result

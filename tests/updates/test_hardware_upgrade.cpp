@@ -15,6 +15,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QMetaMethod>
 #include <QRandomGenerator>
 #include <QSerialPort>
 #include <QSignalSpy>
@@ -138,9 +139,11 @@ private slots:
     void cleanup();
 
     void it_begins_as_designed();
+    void names_of_signals_and_slots();
     void a_closed_port_is_told();
     void the_state_of_the_port_is_logged_data();
     void the_state_of_the_port_is_logged();
+    void a_port_that_another_holds();
     void the_port_must_be_open_for_what_is_done_data();
     void the_port_must_be_open_for_what_is_done();
     void what_the_instrument_is_asked_data();
@@ -356,6 +359,18 @@ void test_hardware_upgrade::it_begins_as_designed()
     QVERIFY(worker.port != nullptr); // its own until it is handed the program's
 }
 
+void test_hardware_upgrade::names_of_signals_and_slots()
+{
+    const QMetaObject& meta = hardware_upgrade::staticMetaObject;
+    QByteArrayList names;
+    for (int at = meta.methodOffset(); at < meta.methodCount(); ++at)
+        names += meta.method(at).methodSignature();
+    QCOMPARE(names, (QByteArrayList{"finished()", "add_comboBox_value(QString)",
+                                    "updata_progress(int)", "serial_read()",
+                                    "reply_finished(QNetworkReply*)", "recv_form_cloud_updata()",
+                                    "recv_form_local_updata()", "recv_form_sure(QString)"}));
+}
+
 void test_hardware_upgrade::a_closed_port_is_told()
 {
     m_worker->recv_form_cloud_updata();
@@ -384,6 +399,19 @@ void test_hardware_upgrade::the_state_of_the_port_is_logged()
     QVERIFY(!m_port->open(QIODevice::ReadWrite));
     m_worker->recv_form_local_updata();
     QVERIFY2(m_log->has(words), qPrintable(m_log->texts().join('\n')));
+    QCOMPARE(boxes(), QStringList("2|警告|串口未连接"));
+}
+
+void test_hardware_upgrade::a_port_that_another_holds()
+{
+    QSerialPort holder;
+    const open_line line(holder);
+    holder.setPortName(line.path());
+    QVERIFY(holder.open(QIODevice::ReadWrite));
+    m_port->setPortName(line.path());
+    QVERIFY(!m_port->open(QIODevice::ReadWrite));
+    m_worker->recv_form_cloud_updata();
+    QVERIFY(m_log->texts().contains("无权访问串口"));
     QCOMPARE(boxes(), QStringList("2|警告|串口未连接"));
 }
 

@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QMetaMethod>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QSignalSpy>
@@ -42,6 +43,7 @@ private slots:
     void init();
 
     void an_unconfigured_build_reaches_nobody();
+    void names_of_signal_and_slots();
     void versions_are_compared_as_text_data();
     void versions_are_compared_as_text();
     void a_new_version_is_described();
@@ -136,6 +138,15 @@ void test_software_upgrade::an_unconfigured_build_reaches_nobody()
     QCOMPARE(worker.feed.path(), QStringLiteral("/software_update.json"));
     QCOMPARE(worker.feed.authority(), QStringLiteral(VELMO_UPDATE_HOST));
     QCOMPARE(worker.folder, QCoreApplication::applicationDirPath());
+}
+
+void test_software_upgrade::names_of_signal_and_slots()
+{
+    const QMetaObject& meta = software_upgrade::staticMetaObject;
+    QCOMPARE(QByteArray(meta.method(meta.methodOffset()).methodSignature()),
+             QByteArray("send_set_ui_signal_to_software_upgrade(QString,QString,int)"));
+    for (const char* slot : {"reply_finished(QNetworkReply*)", "upgrade_request(QString,int)"})
+        QVERIFY2(meta.indexOfSlot(slot) >= 0, slot);
 }
 
 void test_software_upgrade::versions_are_compared_as_text_data()
@@ -366,8 +377,10 @@ void test_software_upgrade::a_download_ends_the_program()
     QFile file(m_folder->filePath("velmo-3.3.0.exe"));
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), program);
-    QVERIFY(log.has("Downloaded successfully to:"));
-    QVERIFY(log.has("Download progress: "));
+    const QString target = '"' + m_folder->filePath("velmo-3.3.0.exe") + '"';
+    QVERIFY(log.texts().contains(target));
+    QVERIFY(log.texts().contains("Downloaded successfully to: " + target));
+    QVERIFY(log.texts().contains("Download progress:  3000000 / 3000000"));
     // The download says nothing of who it is.
     QVERIFY(!m_server->requests.last().header.contains("RT-Thread"));
 }

@@ -5,6 +5,7 @@
 
 #include <QComboBox>
 #include <QLabel>
+#include <QMetaMethod>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -22,6 +23,7 @@ private slots:
     void firmware_buttons_follow_the_language_data();
     void firmware_buttons_follow_the_language();
     void firmware_signals();
+    void names_of_signals_and_slots();
 };
 
 void test_update_forms::software_form()
@@ -145,6 +147,28 @@ void test_update_forms::firmware_signals()
     QCOMPARE(local.size(), 1);
     QCOMPARE(sure.size(), 1);
     QCOMPARE(sure[0][0].toString(), QStringLiteral("b.bin"));
+}
+
+void test_update_forms::names_of_signals_and_slots()
+{
+    const auto names = [](const QMetaObject& meta) {
+        QByteArrayList all;
+        for (int at = meta.methodOffset(); at < meta.methodCount(); ++at)
+            all += meta.method(at).methodSignature();
+        return all;
+    };
+    QCOMPARE(names(updateForm::staticMetaObject),
+             (QByteArrayList{"send_dowmfile_signal_to_software_upgrade()",
+                             "on_pushButton_clicked()", "set_ui(QString,QString,int)"}));
+    const QByteArrayList firmware = names(hardwareupdata::staticMetaObject);
+    QCOMPARE(firmware.first(3),
+             (QByteArrayList{"send_signal_cloud_updata()", "send_signal_local_updata()",
+                             "send_signal_sure(QString)"}));
+    QCOMPARE(
+        firmware.mid(3),
+        (QByteArrayList{"setlanguage(int)", "on_pushButton_clicked()", "on_pushButton_2_clicked()",
+                        "on_pushButton_3_clicked()", "recv_add_comboBox_value(QString)",
+                        "recv_updata_progress_value(int)"}));
 }
 
 QTEST_MAIN(test_update_forms)

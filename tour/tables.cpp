@@ -1,0 +1,33 @@
+#include "tables.h"
+
+#include "stage.h"
+
+#include <QAbstractItemModel>
+#include <QAbstractItemView>
+
+QAbstractItemView* tables::view(const char* name)
+{
+    return qobject_cast<QAbstractItemView*>(stage::widget(QLatin1String(name)));
+}
+
+int tables::rows(const char* name)
+{
+    return view(name)->model()->rowCount();
+}
+
+int tables::ticked_rows()
+{
+    const QAbstractItemModel* model = view(main_view)->model();
+    int ticked = 0;
+    for (int row = 0; row < model->rowCount(); ++row)
+        ticked += model->index(row, 0).data().toBool() ? 1 : 0;
+    return ticked;
+}
+
+QPoint tables::cell(const char* name, int row, int column)
+{
+    QAbstractItemView* const shown = view(name);
+    const QModelIndex index = shown->model()->index(row, column);
+    shown->scrollTo(index);
+    return shown->viewport()->mapToGlobal(shown->visualRect(index).center());
+}
