@@ -345,7 +345,8 @@ private:
 /// Gathers the texts of one record's points.
 struct point_texts
 {
-    QString data, lines;
+    QString data; ///< with a comma behind each pair
+    QString lines;
     qsizetype count = 0;
 
     explicit point_texts(std::size_t expected)
@@ -358,16 +359,16 @@ struct point_texts
 
     void add(const place& at, double altitude)
     {
-        if (count++ > 0)
-            data.append(u',');
-        const qsizetype pair = lines.size();
-        quick_append(lines, at.longitude, 12);
-        lines.append(u',');
-        quick_append(lines, at.latitude, 12);
-        data.append(QStringView(lines).sliced(pair));
-        lines.append(u',');
-        quick_append(lines, altitude, 1);
-        lines.append(u'\n');
+        std::array<char16_t, 3 * (longest_quick_number + 1)> line;
+        char16_t* end = quick_write(line.data(), at.longitude, 12);
+        *end++ = u',';
+        end = quick_write(end, at.latitude, 12);
+        *end++ = u',';
+        data.append(QStringView(line.data(), end));
+        end = quick_write(end, altitude, 1);
+        *end++ = u'\n';
+        lines.append(QStringView(line.data(), end));
+        ++count;
     }
 };
 
@@ -431,10 +432,11 @@ void file_import_thread::import_dxf(const QString& path)
              << "线数:" << store.lines.size();
 
     const place_reader places{mode, m_ModelParam, cz, dz, pl};
-    const auto append = [&](const QString& method, const point_texts& texts) {
+    const auto append = [&](const QString& method, point_texts& texts) {
         measuringData record = drawn_record(method, time);
         record.numpoint = QString::number(texts.count);
         table_list.append(record);
+        texts.data.chop(1);
         append_geometry(texts.data, texts.lines, texts.count);
     };
     for (const DL_PointData& point : store.points) {
@@ -442,10 +444,12 @@ void file_import_thread::import_dxf(const QString& path)
         texts.add(places.of_point(point), point.z);
         append(QStringLiteral("航点"), texts);
     }
-    for (const Test_CreationClass::polyline& line : store.polylines) {
-        point_texts texts(line.vertices.size());
-        for (const DL_VertexData& vertex : line.vertices) {
-            qCDebug(vertex_log) << "多边形点数 :" << line.vertices.size();
+    for (Test_CreationClass::polyline& line : store.polylines) {
+        // Their memory is free for the texts of the next.
+        const std::vector<DL_VertexData> vertices = std::move(line.vertices);
+        point_texts texts(vertices.size());
+        for (const DL_VertexData& vertex : vertices) {
+            qCDebug(vertex_log) << "多边形点数 :" << vertices.size();
             texts.add(places.of_vertex(vertex), vertex.z);
         }
         append(QStringLiteral("航迹"), texts);

@@ -2,6 +2,7 @@
 
 #include <QtGlobal>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -39,45 +40,52 @@ double quick_to_double(QStringView text, bool* ok)
     return negative ? -value : value;
 }
 
-void quick_append(QString& text, double value, int decimals)
+char16_t* quick_write(char16_t* to, double value, int decimals)
 {
     // The last bit of such a value is 2^-52 or more, so that its fraction is a
     // whole number of these, and so is what each digit leaves of it.
     constexpr int fraction_bits = 52;
     constexpr quint64 one = quint64(1) << fraction_bits;
     const double magnitude = std::abs(value);
-    if (!(magnitude >= 1 && magnitude < 1e6)) { // nor what is not a number
-        text.append(QString::number(value, 'f', decimals));
-        return;
+    const bool is_quick =
+        (magnitude >= 1 && magnitude < 1e6) || (value == 0 && !std::signbit(value));
+    if (!is_quick) { // nor is what is not a number
+        const QString text = QString::number(value, 'f', decimals);
+        return std::copy_n(text.utf16(), text.size(), to);
     }
-    auto whole = static_cast<quint64>(magnitude);
+    if (value < 0)
+        *to++ = u'-';
+    char16_t* const first = to;
+    auto whole = static_cast<quint32>(magnitude);
     auto left = static_cast<quint64>((magnitude - static_cast<double>(whole)) * double(one));
-    quint64 fraction = 0;
-    quint64 all_nines = 0;
-    for (int i = 0; i < decimals; ++i) {
-        left *= 10;
-        fraction = fraction * 10 + (left >> fraction_bits);
+    const auto put = [&to](quint32 number, int digits) {
+        for (int at = digits - 1; at >= 0; --at, number /= 10)
+            to[at] = static_cast<char16_t>(u'0' + number % 10);
+        to += digits;
+    };
+    int digits = 1;
+    for (quint32 power = 10; power <= whole; power *= 10)
+        ++digits;
+    put(whole, digits);
+    *to++ = u'.';
+    // A word has room for three digits more at once.
+    for (int step = 3; decimals > 0; decimals -= step) {
+        step = decimals < step ? 1 : step;
+        left *= step == 3 ? 1000 : 10;
+        put(static_cast<quint32>(left >> fraction_bits), step);
         left &= one - 1;
-        all_nines = all_nines * 10 + 9;
     }
     if (left >= one / 2) { // halves go up, as in QString::number
-        whole += fraction == all_nines ? 1 : 0;
-        fraction = fraction == all_nines ? 0 : fraction + 1;
+        char16_t* at = to - 1;
+        for (; at >= first && (*at == u'9' || *at == u'.'); --at)
+            *at = *at == u'9' ? u'0' : u'.';
+        if (at >= first)
+            ++*at;
+        else {
+            std::copy_backward(first, to, to + 1);
+            *first = u'1';
+            ++to;
+        }
     }
-
-    std::array<char16_t, 24> digits; // "-1000000.123456789012"
-    std::size_t first = digits.size();
-    const auto put = [&](quint64& number) {
-        digits[--first] = static_cast<char16_t>(u'0' + number % 10);
-        number /= 10;
-    };
-    for (int i = 0; i < decimals; ++i)
-        put(fraction);
-    digits[--first] = u'.';
-    do
-        put(whole);
-    while (whole > 0);
-    if (value < 0)
-        digits[--first] = u'-';
-    text.append(QStringView(digits).sliced(static_cast<qsizetype>(first)));
+    return to;
 }
