@@ -353,7 +353,8 @@ double longitude_in_range(double longitude)
 geodetic_position XY2BL(const model_param::projection_block& block, const plane_position& position,
                         double a, double f)
 {
-    const double zone = static_cast<double>(truncated(std::fabs(position.y)) / 1000000);
+    const std::int64_t zone_number = truncated(std::fabs(position.y)) / 1000000;
+    const auto zone = static_cast<double>(zone_number);
     const double meridian = block.method == 6 ? 6.0 * zone - 3.0 : 3.0 * zone;
     const double k = scale_or(block.k0, 1.0);
     const inverse_series s(position.x - block.north - 0.0, k, a, f);

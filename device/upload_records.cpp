@@ -130,7 +130,8 @@ bool text_to_u32(const QString& text, double scale, std::uint32_t& out)
     // "nan" is read as a number and is in no range.
     if (!good || !(value >= 0 && value <= 4294967295.0))
         return false;
-    out = static_cast<std::uint32_t>(value + 0.5);
+    // Half up; the value is not negative.
+    out = static_cast<std::uint32_t>(value + 0.5); // NOLINT(bugprone-incorrect-roundings)
     return true;
 }
 

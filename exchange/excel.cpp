@@ -109,11 +109,12 @@ public:
         const auto kind = std::ranges::find(excel_kinds, record.method, &excel_kind::method);
         if (kind == excel_kinds.end())
             return;
-        const auto index = static_cast<std::size_t>(kind - excel_kinds.begin());
-        const bool summary = m_from.check_flags.value(static_cast<qsizetype>(2 * index)) != 0;
-        const bool points = m_from.check_flags.value(static_cast<qsizetype>(2 * index + 1)) != 0;
+        const qsizetype place = kind - excel_kinds.begin();
+        const bool summary = m_from.check_flags.value(2 * place) != 0;
+        const bool points = m_from.check_flags.value(2 * place + 1) != 0;
         if (!summary && !points)
             return;
+        const auto index = static_cast<std::size_t>(place);
         const int number = ++m_numbers[index];
         if (points && !kind->one_row_each) {
             excel_sheet own = m_workbook.add_sheet(*kind, summary, points, QString::number(number));

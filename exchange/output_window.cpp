@@ -105,13 +105,14 @@ void outputWindow::setlanguage(int newValue)
     for (const export_format& one : export_formats)
         m_formats->addItem(QString::fromUtf8(language == 0 ? one.chinese : one.english));
     if (language != 0) {
-        const auto set = [this]<typename Widget>(const char* name, const char* text) {
-            findChild<Widget*>(QLatin1String(name))->setText(QLatin1String(text));
+        const auto label = [this](const char* name) {
+            return findChild<QLabel*>(QLatin1String(name));
         };
-        set.operator()<QLabel>("label_4", format_caption.english);
-        set.operator()<QPushButton>("pushButton", confirm_caption.english);
+        label("label_4")->setText(QLatin1String(format_caption.english));
+        findChild<QPushButton*>(QLatin1String("pushButton"))
+            ->setText(QLatin1String(confirm_caption.english));
         for (const kind_row& kind : kinds)
-            set.operator()<QLabel>(kind.label, kind.english);
+            label(kind.label)->setText(QLatin1String(kind.english));
         for (std::size_t box = 0; box < m_boxes.size(); ++box)
             m_boxes[box]->setText(QLatin1String(box_captions[box % 2].english));
     }

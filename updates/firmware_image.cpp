@@ -78,7 +78,7 @@ result decode_hex(QByteArrayView text, std::span<char> image)
         text = end < 0 ? QByteArrayView() : text.sliced(end + 1);
 
         const std::optional<int> count = byte_at(line, count_column);
-        if (count == 0)
+        if (count.value_or(-1) == 0)
             continue;
         const std::optional<int> type = byte_at(line, type_column);
         if (line.startsWith(':') && (!count || !type))
@@ -87,7 +87,7 @@ result decode_hex(QByteArrayView text, std::span<char> image)
             continue;
         if (image.size() - length < static_cast<std::size_t>(*count))
             return {outcome::too_large};
-        for (int i = 0; i < *count; ++i) {
+        for (qsizetype i = 0; i < *count; ++i) {
             const std::optional<int> byte = byte_at(line, data_column + 2 * i);
             if (!byte)
                 return {outcome::malformed};

@@ -61,9 +61,8 @@ inline QStringList tab_order(QWidget* form, const QString& first)
 class fresh_store
 {
 public:
-    fresh_store()
+    fresh_store() : m_store(std::make_unique<JsonFileManager>())
     {
-        m_store = std::make_unique<JsonFileManager>();
         QFile::remove(m_store->file_path);
         m_store = std::make_unique<JsonFileManager>();
     }

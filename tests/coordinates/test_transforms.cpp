@@ -21,9 +21,12 @@ struct worked_value
 {
     QByteArray routine;
     model_param param;
-    double a, b, f;
-    int state;
-    triple given, result;
+    double a = 0;
+    double b = 0;
+    double f = 0;
+    int state = 0;
+    triple given = {};
+    triple result = {};
 };
 
 QList<worked_value> worked_values()
