@@ -504,7 +504,11 @@ void test_text_records::points_in_the_first_fifty_characters_are_lost()
 void test_text_records::characters_are_counted_not_bytes()
 {
     const QString head = "n2,m1334,l1235;t202403050708,N0001,"; // 35 characters
-    run_loop((head + QString(15, QChar(0x4ea9)) + short_point + "!").toUtf8());
+    // Five characters of three bytes each: the first point begins at the forty-first
+    // character, which is the fifty-first byte.
+    const QString text = head + QString(5, QChar(0x4ea9)) + short_point + short_point + "!";
+    QCOMPARE(text.indexOf(short_point), 40);
+    run_loop(text.toUtf8());
     QCOMPARE(reader->data_msg, QStringList{"104.053472222222,-30.500000000000"});
 }
 

@@ -230,11 +230,12 @@ void test_output_window::formats_data()
     QTest::newRow("Chinese") << 0 << QStringList{"合并为CSV文件", "多个CSV文件",   "合并为DXF文件",
                                                  "多个DXF文件",   "合并为GPX文件", "多个GPX文件",
                                                  "KML文件",       "图片",          "Excel文件"};
-    QTest::newRow("English") << 1 << QStringList{"Merge into CSV files", "Multiple CSV files",
-                                                 "Merge into DXF files", "Multiple DXF files",
-                                                 "Merge into GPX files", "Multiple GPX files",
-                                                 "Export KML files",     "Export Picture",
-                                                 "Export Excel files"};
+    for (const int other : {1, 2})
+        QTest::addRow("English, %d", other)
+            << other
+            << QStringList{"Merge into CSV files", "Multiple CSV files",   "Merge into DXF files",
+                           "Multiple DXF files",   "Merge into GPX files", "Multiple GPX files",
+                           "Export KML files",     "Export Picture",       "Export Excel files"};
 }
 
 void test_output_window::formats()
