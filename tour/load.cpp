@@ -10,6 +10,7 @@
 #include "core/main_window.h"
 #include "device/serial_thread.h"
 #include "exchange/corpus_table.h"
+#include "exchange/export_formats.h"
 #include "local_server.h"
 #include "support/instrument_process.h"
 
@@ -66,6 +67,11 @@ const QString read_late = QStringLiteral("数据读取: 数据读取超时，请
 const QString not_connected = QStringLiteral("警告: 串口未连接");
 const QString no_answer = QStringLiteral("警告: 数据未读取成功，请再次点击");
 
+const QString way_line = QStringLiteral("航线");
+const QString way_point = QStringLiteral("航点");
+const QString track = QStringLiteral("航迹");
+const QString staking_out = QStringLiteral("放样");
+
 // What the instrument holds
 
 /// An instrument's memory, told by the instrument itself.
@@ -109,8 +115,7 @@ contents contents_of(int measurements, int points)
         all.by_frames.append(
             mark::of(start.toString(QStringLiteral("yyyy-M-d H:m:s")), method, numbers));
         // Staking-out lines have no short form, and the long one brings no name.
-        constexpr int staking_out = 5;
-        all.by_text.append(mark::of(number == staking_out ? QStringLiteral("0")
+        all.by_text.append(mark::of(method == staking_out ? QStringLiteral("0")
                                                           : start.toString(u"yyyyMMddHHmmss"),
                                     method, numbers));
         const auto frames = (numbers.size() / 2 + points_in_a_frame - 1) / points_in_a_frame;
@@ -207,22 +212,26 @@ QString tables_differ(const held_lists& lists)
 /// A choice of the export dialog.
 struct format
 {
-    int index; ///< in the dialog's list
+    format_index index;
     const char* suffix;
     bool folder;          ///< one file for each measurement
     const char* exported; ///< the box behind it
     const char* imported; ///< the box when its file is read back; null where that is not done
-    bool all_kinds;       ///< otherwise staking-out lines are left out
 };
 
 constexpr format formats[] = {
-    {0, "csv", false, "csv: csv多数据合并导出成功", "导入: csv多数据文件导入成功", true},
-    {4, "gpx", false, "gpx: gpx多数据合并导出成功", "导入: gpx文件导入成功", false},
-    {6, "kml", false, "kml: kml文件导出成功", "导入: kml文件导入成功", false},
-    {1, "csv", true, "csv: csv单数据分开导出成功", nullptr, true},
-    {5, "gpx", true, "gpx: gpx单数据分开导出成功", nullptr, false},
-    {7, "png", false, "img: 图片文件导出成功", nullptr, true},
+    {one_csv_format, "csv", false, "csv: csv多数据合并导出成功", "导入: csv多数据文件导入成功"},
+    {one_dxf_format, "dxf", false, "dxf: dxf多数据合并导出成功", "导入: dxf文件导入成功"},
+    {one_gpx_format, "gpx", false, "gpx: gpx多数据合并导出成功", "导入: gpx文件导入成功"},
+    {excel_format, "xlsx", false, "Excel: Excel文件导出成功", nullptr},
+    {kml_format, "kml", false, "kml: kml文件导出成功", "导入: kml文件导入成功"},
+    {more_csv_format, "csv", true, "csv: csv单数据分开导出成功", nullptr},
+    {more_dxf_format, "dxf", true, "dxf: dxf单数据分开导出成功", nullptr},
+    {more_gpx_format, "gpx", true, "gpx: gpx单数据分开导出成功", nullptr},
+    {picture_format, "png", false, "img: 图片文件导出成功", nullptr},
 };
+
+const QString csv_refused = QStringLiteral("导入: csv文件导入失败");
 
 /// A read that goes wrong.
 struct wrong_read
@@ -303,7 +312,12 @@ private:
     void import_plain();
     void export_ticked(const format& one, const QString& path);
     QList<mark> ticked_marks();
-    void add_imported(const format& one, const QList<mark>& written);
+    QList<mark> last_marks(qsizetype count);
+    void add_imported(format_index format, const QList<mark>& written);
+    void import_damaged(const QString& path);
+    void import_template();
+    void there_and_back(const format& one, const QString& path);
+    void into_a_folder(const format& one, const QString& folder);
 
     // Acts.
     void everything_at_once();
@@ -682,7 +696,7 @@ void load_run::import_plain()
     check(import_file(m_at.file(QStringLiteral("plain.kml")),
                       QStringLiteral("导入: 自制kml文件导入成功")) >= 1,
           QStringLiteral("nothing was imported"));
-    m_own.add(mark::of(QStringLiteral("One line"), QStringLiteral("航线"),
+    m_own.add(mark::of(QStringLiteral("One line"), way_line,
                        {1045000000, 305000000, 1046000000, 306000000}));
     close("input_window");
 }
@@ -784,24 +798,125 @@ void load_run::everything_at_once()
     show_tab(0);
 }
 
-/// Enters what comes back from a file of these measurements. A Placemark without a
-/// figure has all of a KML file read as lines and points without names.
-void load_run::add_imported(const format& one, const QList<mark>& written)
+/// The last measurements of the lists, which have come last.
+QList<mark> load_run::last_marks(qsizetype count)
 {
-    const QString staking_out = QStringLiteral("放样");
-    const bool kml = qstrcmp(one.suffix, "kml") == 0;
-    const bool nameless =
-        kml && std::any_of(written.cbegin(), written.cend(),
-                           [&](const mark& was) { return was.method == staking_out; });
+    const held_lists lists = m_at.see(held);
+    QList<mark> marks;
+    for (qsizetype row = lists.table_list.size() - count; row < lists.table_list.size(); ++row)
+        marks += lists.mark_of(row);
+    return marks;
+}
+
+/// Enters what comes back from a file of these measurements.
+void load_run::add_imported(format_index format, const QList<mark>& written)
+{
+    const bool has_staking_out = std::any_of(written.cbegin(), written.cend(), [](const mark& was) {
+        return was.method == staking_out;
+    });
+    const bool drawing = format == one_dxf_format;
+    const QList<mark> come = last_marks(written.size());
+    // A Placemark without a figure has all of a KML file read as lines and points
+    // without names.
+    const bool nameless = format == kml_format && has_staking_out;
+    const bool figures_only = format == kml_format || format == one_gpx_format;
     for (mark was : written) {
-        if (!one.all_kinds && was.method == staking_out)
+        if (figures_only && was.method == staking_out)
             continue;
-        if (nameless) {
+        if (nameless)
             was.name = QStringLiteral("0");
-            was.method = was.points == 1 ? QStringLiteral("航点") : QStringLiteral("航线");
+        if (nameless || drawing)
+            was.method = was.points == 1 ? way_point : drawing ? track : way_line;
+        if (drawing) {
+            // Its name is the time at which it was imported.
+            const auto same = std::find_if(come.cbegin(), come.cend(), [&was](const mark& one) {
+                return one.places == was.places && one.points == was.points;
+            });
+            check(same != come.cend(), QStringLiteral("not in the drawing: ") + was.name);
+            was.name = same->name;
         }
         m_own.add(was);
     }
+}
+
+/// Imports a file of which nobody knows what can still be read, in the import window,
+/// which is open. What cannot be read brings nothing.
+void load_run::import_damaged(const QString& path)
+{
+    const auto rows = [] { return held().table_list.size(); };
+    const qsizetype before = m_at.see(rows);
+    m_at.click(QStringLiteral("pushButton_2"));
+    m_at.give_path(path);
+    const QString box = boxes(1).constFirst();
+    const qsizetype come = m_at.see(rows) - before;
+    const bool read = box.contains(QStringLiteral("成功")) || box.endsWith(u"successful");
+    check(come == 0 || (read && come > 0),
+          QStringLiteral("%1: %2 rows and \"%3\"").arg(path).arg(come).arg(box));
+    for (const mark& one : last_marks(come))
+        m_own.add(one);
+    compare(QStringLiteral("the import of ") + path);
+}
+
+/// Saves the workbook that is filled in by hand, and imports it with its examples.
+void load_run::import_template()
+{
+    const QString path = m_at.file(QStringLiteral("template.xlsx"));
+    m_at.click(QStringLiteral("pushButton"));
+    m_at.give_path(path);
+    expect_boxes({m_english ? QStringLiteral("Excel: Excel file template has been downloaded")
+                            : QStringLiteral("Excel: Excel文件模版已下载")});
+    constexpr qsizetype examples = 13; // two of each kind, and three waypoints
+    const qsizetype come = import_file(
+        path, m_english ? QStringLiteral("import: Excel multi-data file import successful")
+                        : QStringLiteral("导入: Excel多数据文件导入成功"));
+    check(come == examples, QStringLiteral("%1 rows of the template").arg(come));
+    for (const mark& one : last_marks(come))
+        m_own.add(one);
+    QFile::remove(path);
+    compare(QStringLiteral("the import of the template"));
+}
+
+/// Exports what is ticked into a file and imports that, whole and then its first half.
+void load_run::there_and_back(const format& one, const QString& path)
+{
+    const QList<mark> ticked = ticked_marks();
+    export_ticked(one, path);
+    const qint64 size = QFileInfo(path).size();
+    check(size > 0, path);
+    if (one.index == picture_format) {
+        QFile::remove(path);
+        return;
+    }
+    open_import();
+    if (one.index == excel_format) {
+        // A sheet for each measurement, which no import takes.
+        import_file(path, m_english ? QStringLiteral("import: Excel multi-data file import failed")
+                                    : QStringLiteral("导入: Excel多数据文件导入失败"));
+        import_template();
+    } else if (one.index == one_csv_format && m_english) {
+        import_file(path, csv_refused); // its headings are English
+    } else if (one.imported != nullptr) {
+        import_file(path, QString::fromUtf8(one.imported));
+        add_imported(one.index, ticked);
+    }
+    compare(QStringLiteral("an export and an import"));
+    check(QFile::resize(path, size / 2), path);
+    import_damaged(path);
+    close("input_window");
+    QFile::remove(path);
+}
+
+/// Exports what is ticked into a folder, a file for each measurement.
+void load_run::into_a_folder(const format& one, const QString& folder)
+{
+    const qsizetype most = ticked_marks().size();
+    QDir().mkpath(folder);
+    export_ticked(one, folder);
+    const qsizetype files = QDir(folder).entryList(QDir::Files).size();
+    check(files > 0 && files <= most,
+          QStringLiteral("%1 files of %2 measurements").arg(files).arg(most));
+    QDir(folder).removeRecursively();
+    compare(QStringLiteral("an export"));
 }
 
 void load_run::files_there_and_back()
@@ -812,41 +927,20 @@ void load_run::files_there_and_back()
     read({read_whole});
     m_own.add(deliveries({}, m_few, m_few.size()));
     compare(QStringLiteral("a read"));
+    const int rows = m_at.see([] { return tables::rows(); });
     for (int i = 0; i < 3; ++i) {
         const format& one = formats[m_format_next++ % std::size(formats)];
-        const QString name = QStringLiteral("%1-%2").arg(m_round).arg(one.index);
-        const QString path = m_at.file(one.folder ? name : name + u'.' + QLatin1String(one.suffix));
-        doing(QStringLiteral("export and import, format %1").arg(one.index));
+        doing(QStringLiteral("export and import, ") +
+              QLatin1String(export_formats[static_cast<size_t>(one.index)].label));
         tick_all(false);
         // The last delivery of the read has one measurement of each kind.
-        const int rows = m_at.see([] { return tables::rows(); });
         for (int row = rows - 6; row < rows; ++row)
             tick(row);
-        const QList<mark> ticked = ticked_marks();
+        const QString path = m_at.file(QStringLiteral("%1-%2").arg(m_round).arg(one.index));
         if (one.folder)
-            QDir().mkpath(path);
-        export_ticked(one, path);
-        if (one.folder) {
-            const QStringList files = QDir(path).entryList(QDir::Files);
-            check(
-                !files.isEmpty() && files.size() <= ticked.size(),
-                QStringLiteral("%1 files of %2 measurements").arg(files.size()).arg(ticked.size()));
-            QDir(path).removeRecursively();
-            continue;
-        }
-        check(QFileInfo(path).size() > 0, path);
-        if (one.imported != nullptr) {
-            // CSV with English headings is not read again.
-            const bool refused = one.all_kinds && m_english;
-            open_import();
-            import_file(path, refused ? QStringLiteral("导入: csv文件导入失败")
-                                      : QString::fromUtf8(one.imported));
-            close("input_window");
-            if (!refused)
-                add_imported(one, ticked);
-        }
-        QFile::remove(path);
-        compare(QStringLiteral("an export and an import"));
+            into_a_folder(one, path);
+        else
+            there_and_back(one, path + u'.' + QLatin1String(one.suffix));
     }
 }
 
@@ -856,7 +950,7 @@ void load_run::damaged_files()
     struct entry
     {
         QString path;
-        QString box;
+        QString box; ///< empty: whatever comes
         int records;
     };
     static const std::vector<entry> all = [] {
@@ -867,7 +961,7 @@ void load_run::damaged_files()
                              one.result == kml_failed ? QStringLiteral("导入: kml文件导入失败")
                              : one.result == kml_own ? QStringLiteral("导入: kml文件导入成功")
                                                      : QStringLiteral("导入: 自制kml文件导入成功"),
-                             one.records});
+                             one.records - one.twice});
         }
         for (const gpx_file& one : gpx_corpus) {
             found.push_back({folder + QStringLiteral("gpx/") + QLatin1String(one.file),
@@ -875,19 +969,27 @@ void load_run::damaged_files()
                                       : QStringLiteral("导入: gpx文件导入失败"),
                              one.read ? one.records : 0});
         }
+        for (const char* const kind : {"csv", "dxf"}) {
+            const QDir files(folder + QLatin1String(kind));
+            for (const QString& name : files.entryList(QDir::Files))
+                found.push_back({files.filePath(name), {}, 0});
+        }
         return found;
     }();
     open_import();
-    constexpr int at_a_time = 8;
+    constexpr int at_a_time = 12;
     for (int i = 0; i < at_a_time; ++i) {
         const entry& one = all[m_corpus_next++ % all.size()];
         doing(QStringLiteral("import ") + QFileInfo(one.path).fileName());
+        if (one.box.isEmpty()) {
+            import_damaged(one.path);
+            continue;
+        }
         const qsizetype come = import_file(one.path, one.box);
         check(come == one.records,
               QStringLiteral("%1: %2 rows instead of %3").arg(one.path).arg(come).arg(one.records));
-        const held_lists lists = m_at.see(held);
-        for (qsizetype row = lists.table_list.size() - come; row < lists.table_list.size(); ++row)
-            m_own.add(lists.mark_of(row));
+        for (const mark& has_come : last_marks(come))
+            m_own.add(has_come);
         compare(QStringLiteral("the import of ") + one.path);
     }
     close("input_window");
@@ -916,7 +1018,7 @@ void write_kml_file(const QString& path, int placemarks, int points, bool damage
                    "</name>\n<description>made elsewhere</description>\n<LineString>"
                    "<coordinates>\n" +
                    text + "</coordinates></LineString>\n</Placemark>\n");
-        holds.add(mark::of(damaged ? QStringLiteral("0") : name, QStringLiteral("航线"), numbers));
+        holds.add(mark::of(damaged ? QStringLiteral("0") : name, way_line, numbers));
     }
     file.write("</Document>\n</kml>\n");
 }

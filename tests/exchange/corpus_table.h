@@ -13,6 +13,7 @@ struct kml_file
     int points;
     const char* name;   ///< of the first record
     const char* method; ///< of the first record
+    int twice = 0;      ///< records that equal one before and do not reach the tables
 };
 
 // Where the name is "0" the last resort read the file. One reason is that the first
@@ -40,7 +41,7 @@ inline constexpr kml_file kml_corpus[] = {
     {"external_entity.kml", kml_plain, 1, 3, "", "航线"},
     {"geometry_without_coordinates.kml", kml_failed, 0, 0, "", ""},
     {"ground_overlay.kml", kml_failed, 0, 0, "", ""},
-    {"gx_multi_track.kml", kml_own, 2, 4, "0", "航线"},
+    {"gx_multi_track.kml", kml_own, 2, 4, "0", "航线", 1},
     {"gx_track.kml", kml_own, 1, 4, "0", "航线"},
     {"gx_track_of_two_numbers.kml", kml_failed, 0, 0, "", ""},
     {"html_description.kml", kml_own, 1, 3, "0", "航线"},
@@ -58,8 +59,8 @@ inline constexpr kml_file kml_corpus[] = {
     {"multi_geometry_one_line.kml", kml_plain, 1, 1, "Several", "航线"},
     {"network_link.kml", kml_failed, 0, 0, "", ""},
     {"numbers_of_all_kinds.kml", kml_own, 1, 4, "0", "航线"},
-    {"own.kml", kml_own, 2, 6, "field", "航线"},
-    {"own_appended.kml", kml_own, 2, 6, "0", "航线"},
+    {"own.kml", kml_own, 2, 6, "field", "航线", 1},
+    {"own_appended.kml", kml_own, 2, 6, "0", "航线", 1},
     {"own_bom.kml", kml_own, 1, 3, "field", "航线"},
     {"own_crlf.kml", kml_own, 1, 3, "field", "航线"},
     {"own_empty_name.kml", kml_own, 1, 3, "202403050708", "航线"},

@@ -150,6 +150,10 @@ void test_corpus::kml_files()
         QCOMPARE(reading.records[0].name, QString::fromUtf8(row.name));
         QCOMPARE(reading.records[0].method, QString::fromUtf8(row.method));
     }
+    file_import_thread importer;
+    const box_watcher watcher;
+    importer.import_file(file.fileName(), 0, nullptr, 0);
+    QCOMPARE(importer.table_list.size(), row.records - row.twice);
     // In the other modes the points are others; here that nothing goes wrong.
     for (int mode = 1; mode < 5; ++mode) {
         const kml_reading other = read_kml(file, {.mode = mode, .param = {}});
