@@ -13,6 +13,7 @@
 #include <xlsxcell.h>
 #include <xlsxdocument.h>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 
@@ -260,9 +261,11 @@ QByteArray packed(const QByteArray& workbook, const QList<relation>& relations,
 /// a sheet that has a cell in each.
 QList<bool> date_styles(const QByteArray& styles)
 {
+    constexpr int most_styles = 65'536; // a spreadsheet has room for a few less
     const number_formats formats = number_formats_of(styles);
+    const int count = std::min(formats.cell_styles, most_styles);
     QByteArray cells;
-    for (int style = 0; style < formats.cell_styles; ++style) {
+    for (int style = 0; style < count; ++style) {
         const QByteArray number = QByteArray::number(style);
         cells +=
             "<c r=\"A" + QByteArray::number(style + 1) + "\" s=\"" + number + "\"><v>1</v></c>";
@@ -280,7 +283,7 @@ QList<bool> date_styles(const QByteArray& styles)
     buffer.open(QIODevice::ReadOnly);
     const QXlsx::Document document(&buffer);
     QList<bool> are_dates;
-    for (int style = 0; style < formats.cell_styles; ++style) {
+    for (int style = 0; style < count; ++style) {
         const auto cell = document.cellAt(style + 1, 1);
         are_dates.append(cell && cell->isDateTime());
     }
