@@ -28,9 +28,11 @@ PEERS = {
                                     (r"dxf_\1_gdal/\2", "GDAL")]),
         (r"excel_write/(.*)", [(r"excel_write_qxlsx/\1", "QXlsx alone"),
                                (r"excel_write_openpyxl/\1", "openpyxl"),
-                               (r"excel_write_xlsxwriter/\1", "XlsxWriter")]),
+                               (r"excel_write_xlsxwriter/\1", "XlsxWriter"),
+                               (r"excel_write_xlsxwriter_lean/\1", "XlsxWriter, lean")]),
         (r"excel_read/(.*)", [(r"excel_read_qxlsx/\1", "QXlsx alone"),
-                              (r"excel_read_openpyxl/\1", "openpyxl")]),
+                              (r"excel_read_openpyxl/\1", "openpyxl"),
+                              (r"excel_read_gdal/\1", "GDAL")]),
     ],
     "exchange": [
         (r"read-kml/ours/(.*)", [(r"read-kml/GDAL/\1", "GDAL"),

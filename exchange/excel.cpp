@@ -11,11 +11,7 @@
 #include "exchange/message_boxes.h"
 
 #include <QBuffer>
-#include <QDateTime>
 #include <QDebug>
-
-#include <xlsxcell.h>
-#include <xlsxcelllocation.h>
 
 #include <algorithm>
 #include <cmath>
@@ -203,142 +199,6 @@ private:
     std::array<int, excel_kinds.size()> m_numbers{};        ///< measurements so far
     std::array<excel_sheet, excel_kinds.size()> m_shared{}; ///< sheets of several measurements
 };
-
-/// Days since the epoch of the workbook as text. The day before 1900-01-01 is 0,
-/// and 1900 is taken for a leap year, as spreadsheets have it.
-QString date_text(double days, bool date1904)
-{
-    const QDate epoch = date1904    ? QDate(1904, 1, 1)
-                        : days < 60 ? QDate(1899, 12, 31)
-                                    : QDate(1899, 12, 30);
-    constexpr double seconds_per_day = 86'400;
-    const auto seconds = static_cast<qint64>(std::round(days * seconds_per_day));
-    return QDateTime(epoch, QTime(0, 0), Qt::UTC)
-        .addSecs(seconds)
-        .toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
-}
-
-/// The cells of a sheet, row by row.
-QVector<QXlsx::CellLocation> full_cells(QXlsx::Worksheet& sheet)
-{
-    int rows = 0;
-    int columns = 0;
-    QVector<QXlsx::CellLocation> cells = sheet.getFullCells(&rows, &columns);
-    // QXlsx promises no order, although 1.4.4 has this one.
-    const auto place = [](const QXlsx::CellLocation& at) { return std::pair(at.row, at.col); };
-    if (!std::ranges::is_sorted(cells, {}, place))
-        std::ranges::sort(cells, {}, place);
-    return cells;
-}
-
-/// A number with the 15 digits that spreadsheets show (they write 1.1 as
-/// 1.1000000000000001), and never with an exponent: it may be an identity.
-QString decimal_text(double number)
-{
-    constexpr int digits = 15;
-    const QString text = QString::number(number, 'g', digits);
-    const qsizetype mark = text.indexOf(QLatin1Char('e'));
-    if (mark < 0)
-        return text;
-    const int exponent = QStringView(text).sliced(mark + 1).toInt();
-    QString plain = QString::number(number, 'f', std::max(digits - 1 - exponent, 0));
-    if (exponent < 0) {
-        while (plain.endsWith(QLatin1Char('0')))
-            plain.chop(1);
-    }
-    return plain;
-}
-
-/// The text of a cell as a person sees it; nothing for a formula that was never
-/// computed.
-std::optional<QString> text_of(const QXlsx::Cell& cell, bool date1904)
-{
-    const QVariant value = cell.value();
-    if (value.isNull() && cell.hasFormula())
-        return {};
-    switch (cell.cellType()) {
-    case QXlsx::Cell::NumberType:
-    case QXlsx::Cell::DateType:     // a number in a style of dates
-    case QXlsx::Cell::CustomType: { // what has no type is a number
-        bool is_number = false;
-        const double number = value.toDouble(&is_number);
-        if (!is_number)
-            return value.toString();
-        return cell.isDateTime() ? date_text(number, date1904) : decimal_text(number);
-    }
-    default: return value.toString();
-    }
-}
-
-/// The texts of a sheet, by row and column from 0.
-class sheet_texts
-{
-public:
-    sheet_texts(QXlsx::Worksheet& sheet, bool date1904)
-    {
-        const QVector<QXlsx::CellLocation> cells = full_cells(sheet);
-        m_texts.reserve(cells.size());
-        for (const QXlsx::CellLocation& at : cells) {
-            const std::optional<QString> text = text_of(*at.cell, date1904);
-            m_valid = text.has_value();
-            if (!m_valid)
-                return;
-            if (text->isEmpty())
-                continue;
-            while (m_rows.size() < at.row)
-                m_rows.append(m_texts.size());
-            m_texts.append({at.col - 1, *text});
-        }
-        m_rows.append(m_texts.size());
-    }
-
-    /// Whether every cell has a value.
-    [[nodiscard]] bool is_valid() const { return m_valid; }
-    /// Rows up to the last that holds anything.
-    [[nodiscard]] qsizetype rows() const { return m_rows.size() - 1; }
-
-    [[nodiscard]] QString text(qsizetype row, int column) const
-    {
-        for (qsizetype at = m_rows[row]; at < m_rows[row + 1]; ++at) {
-            if (m_texts[at].column == column)
-                return m_texts[at].text;
-        }
-        return {};
-    }
-
-    [[nodiscard]] QStringList row(qsizetype row) const
-    {
-        QStringList texts;
-        for (qsizetype at = m_rows[row]; at < m_rows[row + 1]; ++at) {
-            texts.resize(m_texts[at].column + 1);
-            texts.last() = m_texts[at].text;
-        }
-        return texts;
-    }
-
-private:
-    struct placed_text
-    {
-        int column;
-        QString text;
-    };
-
-    QList<placed_text> m_texts; ///< row by row
-    QList<qsizetype> m_rows;    ///< of each row its first text, and the end
-    bool m_valid = true;
-};
-
-/// How many cells QXlsx has found.
-qint64 cells_of(const QXlsx::Document& document)
-{
-    qint64 cells = 0;
-    const QStringList names = document.sheetNames();
-    for (const QString& name : names) {
-        if (auto* sheet = dynamic_cast<QXlsx::Worksheet*>(document.sheet(name)))
-            cells += full_cells(*sheet).size();
-    }
-    return cells;
-}
 
 /// Reads one workbook into the results of an import.
 class excel_importer
@@ -570,7 +430,7 @@ void file_import_thread::import_excel(const QString& path)
     QBuffer buffer(&package.bytes);
     buffer.open(QIODevice::ReadOnly);
     const QXlsx::Document document(&buffer);
-    if (package.bytes.isEmpty() || !document.load() || cells_of(document) != package.cells) {
+    if (package.bytes.isEmpty() || !document.load()) {
         show_warning(title, text("无法打开Excel文件", "Cannot open Excel file"));
         return;
     }
@@ -591,7 +451,7 @@ void file_import_thread::import_excel(const QString& path)
                 title, text("Excel多数据文件导入失败", "Excel multi-data file import failed"));
             return;
         }
-        switch (importer.read_sheet(*kind, sheet_texts(*sheet, package.date1904))) {
+        switch (importer.read_sheet(*kind, package.sheets.value(sheet->filePath()))) {
         case excel_importer::outcome::read: break;
         case excel_importer::outcome::wrong_format:
             show_warning(title, text("Excel文件格式不正确", "Excel file format incorrect"));

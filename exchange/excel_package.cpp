@@ -1,32 +1,31 @@
 #include "exchange/excel_package.h"
 
+#include <QBuffer>
 #include <QDebug>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QHash>
-#include <QList>
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
 
 #include <archive.h>
 #include <archive_entry.h>
+#include <xlsxcell.h>
+#include <xlsxdocument.h>
 
 #include <algorithm>
-#include <cctype>
-#include <cstring>
 #include <memory>
 #include <optional>
 
 namespace {
 
 /// Limits just above a workbook of a million points, which is a million rows of
-/// six cells in 400 MB of XML with up to four million different texts. QXlsx takes
-/// half a kilobyte for a cell and half of that for a text: without limits a file
-/// of some megabytes could take all memory.
+/// six cells in 400 MB of XML with up to four million different texts. Without
+/// limits a file of some megabytes could take all memory.
 constexpr qint64 most_unpacked = 600'000'000;     // bytes
-constexpr qint64 most_cells = 7'500'000;          // rows and cells
-constexpr qint64 most_other_elements = 8'000'000; // two for a text
+constexpr qint64 most_cells = 7'500'000;          // sheets, rows and cells
+constexpr qint64 most_strings = 4'100'000;        // and their list
+constexpr qint64 most_other_elements = 2'000'000; // of the workbook and its styles
 
 using parts = QHash<QString, QByteArray>;
 
@@ -132,84 +131,6 @@ bool counts_from_1904(const QByteArray& workbook)
     return false;
 }
 
-/// What a look at the tags of a sheet finds. A sheet can be large, and QXlsx is
-/// about to parse it anyway.
-struct sheet_tags
-{
-    qint64 rows = 0;
-    qint64 cells = 0;
-    bool sound = true; ///< it has its end, and every cell a place and a value that QXlsx can read
-};
-
-/// The value of an attribute of a tag, which is given from its name to its end.
-QByteArrayView value_of(QByteArrayView tag, QByteArrayView name)
-{
-    for (qsizetype at = tag.indexOf(name); at > 0; at = tag.indexOf(name, at + 1)) {
-        const qsizetype value = at + name.size() + 2; // behind =" or ='
-        if (std::isspace(static_cast<unsigned char>(tag[at - 1])) == 0 || value >= tag.size() ||
-            tag[value - 2] != '=')
-            continue;
-        return tag.sliced(value,
-                          std::max<qsizetype>(tag.indexOf(tag[value - 1], value), value) - value);
-    }
-    return {};
-}
-
-/// Whether a text is the place of a cell, such as B2, that a sheet has.
-bool is_place(QByteArrayView text)
-{
-    constexpr int most_columns = 16'384;
-    constexpr int most_rows = 1'048'576;
-    int column = 0;
-    qsizetype at = 0;
-    for (; at < text.size() && at < 3 && text[at] >= 'A' && text[at] <= 'Z'; ++at)
-        column = column * 26 + (text[at] - 'A' + 1);
-    int row = 0;
-    const QByteArrayView digits = text.sliced(at);
-    if (digits.size() > 7)
-        return false;
-    for (const char digit : digits) {
-        if (digit < '0' || digit > '9')
-            return false;
-        row = row * 10 + (digit - '0');
-    }
-    return column > 0 && column <= most_columns && row > 0 && row <= most_rows;
-}
-
-sheet_tags look_at_tags(const QByteArray& xml)
-{
-    constexpr qsizetype enough_for_the_root = 4096;
-    QXmlStreamReader root(xml.left(enough_for_the_root));
-    root.readNextStartElement();
-    const QByteArray prefix = root.prefix().isEmpty() ? QByteArray() : root.prefix().toUtf8() + ':';
-    const auto ends_name = [](char c) {
-        return c == ' ' || c == '>' || c == '/' || c == '\t' || c == '\n' || c == '\r';
-    };
-    sheet_tags found;
-    found.sound = QByteArrayView(xml).trimmed().endsWith("</" + prefix + "worksheet>");
-    const char* const end = xml.constData() + xml.size();
-    const char* at = xml.constData();
-    while ((at = static_cast<const char*>(
-                std::memchr(at, '<', static_cast<std::size_t>(end - at)))) != nullptr) {
-        ++at;
-        if (std::strncmp(at, prefix.constData(), static_cast<std::size_t>(prefix.size())) != 0)
-            continue;
-        const char* name = at + prefix.size();
-        if (name[0] == 'c' && ends_name(name[1])) {
-            ++found.cells;
-            const auto* close = static_cast<const char*>(
-                std::memchr(name, '>', static_cast<std::size_t>(end - name)));
-            const QByteArrayView tag(name, close == nullptr ? end : close);
-            if (!is_place(value_of(tag, "r")) || value_of(tag, "t") == "d")
-                found.sound = false;
-        } else if (name[0] == 'r' && ends_name(name[1]))
-            found.sound = false; // a text in pieces
-        else if (std::strncmp(name, "row", 3) == 0 && ends_name(name[3]))
-            ++found.rows;
-    }
-    return found;
-}
-
 /// A zip archive in memory, its entries stored as they are.
 class stored_archive
 {
@@ -273,11 +194,17 @@ QByteArray relations_part(const QList<relation>& relations)
     return xml;
 }
 
-/// The number formats of a styles part and of its cells, all marked as in use.
-QByteArray number_styles(const QByteArray& styles)
+/// The number formats of a styles part and of its cells.
+struct number_formats
 {
-    QByteArray xml;
-    QXmlStreamWriter writer(&xml);
+    QByteArray xml; ///< a styles part with all of them marked as in use
+    int cell_styles = 0;
+};
+
+number_formats number_formats_of(const QByteArray& styles)
+{
+    number_formats found;
+    QXmlStreamWriter writer(&found.xml);
     writer.writeStartDocument();
     writer.writeStartElement(QStringLiteral("styleSheet"));
     QXmlStreamReader reader(styles);
@@ -303,13 +230,64 @@ QByteArray number_styles(const QByteArray& styles)
                 if (!value.isNull())
                     writer.writeAttribute(QLatin1String(attribute), value.toString());
             }
-            if (is_cell)
+            if (is_cell) {
                 writer.writeAttribute(QStringLiteral("applyNumberFormat"), QStringLiteral("1"));
+                ++found.cell_styles;
+            }
         }
     }
     writer.writeEndElement();
     writer.writeEndDocument();
-    return xml;
+    return found;
+}
+
+/// The parts of a workbook, named by \a relations, as an archive that QXlsx reads.
+QByteArray packed(const QByteArray& workbook, const QList<relation>& relations,
+                  const parts& related)
+{
+    stored_archive stored;
+    for (const relation& one : relations)
+        stored.add(QStringLiteral("xl/") + one.target, related[one.target]);
+    stored.add(QStringLiteral("xl/workbook.xml"), workbook);
+    stored.add(QStringLiteral("xl/_rels/workbook.xml.rels"), relations_part(relations));
+    stored.add(QStringLiteral("_rels/.rels"),
+               relations_part({{QStringLiteral("rId1"), QStringLiteral("officeDocument"),
+                                QStringLiteral("xl/workbook.xml")}}));
+    stored.add(QStringLiteral("[Content_Types].xml"), QByteArrayLiteral("<Types/>"));
+    return stored.finish();
+}
+
+/// Which of the cell styles of a styles part are those of dates: QXlsx is asked with
+/// a sheet that has a cell in each.
+QList<bool> date_styles(const QByteArray& styles)
+{
+    constexpr int most_styles = 65'536; // a spreadsheet has room for a few less
+    const number_formats formats = number_formats_of(styles);
+    const int count = std::min(formats.cell_styles, most_styles);
+    QByteArray cells;
+    for (int style = 0; style < count; ++style) {
+        const QByteArray number = QByteArray::number(style);
+        cells +=
+            "<c r=\"A" + QByteArray::number(style + 1) + "\" s=\"" + number + "\"><v>1</v></c>";
+    }
+    const QString sheet = QStringLiteral("sheet.xml");
+    const QString own = QStringLiteral("styles.xml");
+    QByteArray bytes = packed(
+        "<workbook xmlns:r=\"r\"><sheets><sheet name=\"a\" sheetId=\"1\" r:id=\"a\"/></sheets>"
+        "</workbook>",
+        {{QStringLiteral("a"), QStringLiteral("worksheet"), sheet},
+         {QStringLiteral("b"), QStringLiteral("styles"), own}},
+        {{sheet, "<worksheet><sheetData>" + cells + "</sheetData></worksheet>"},
+         {own, formats.xml}});
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::ReadOnly);
+    const QXlsx::Document document(&buffer);
+    QList<bool> are_dates;
+    for (int style = 0; style < count; ++style) {
+        const auto cell = document.cellAt(style + 1, 1);
+        are_dates.append(cell && cell->isDateTime());
+    }
+    return are_dates;
 }
 
 QByteArray read_regular_file(const QString& path)
@@ -335,50 +313,60 @@ excel_package read_excel_package(const QString& path)
         qDebug() << "no workbook in" << path;
         return {};
     }
-    excel_package package;
-    qint64 rows_and_cells = 0;
-    qint64 other_elements = 0;
-    stored_archive stored;
-    const auto take = [&](const relation& from, const QString& name) {
-        const QByteArray xml = all.take(from.target);
-        bool readable = false;
-        if (from.type == QStringLiteral("worksheet")) {
-            const sheet_tags tags = look_at_tags(xml);
-            package.cells += tags.cells;
-            rows_and_cells += tags.rows + tags.cells;
-            readable = tags.sound && rows_and_cells <= most_cells;
-        } else {
-            const std::optional<qint64> elements =
-                elements_of(xml, most_other_elements - other_elements);
-            readable = elements.has_value();
-            other_elements += elements.value_or(0);
-        }
-        if (!readable)
-            qDebug() << "cannot be read:" << from.target;
-        else
-            stored.add(name, from.type == QStringLiteral("styles") ? number_styles(xml) : xml);
-        return readable;
+    excel_references references;
+    references.date1904 = counts_from_1904(all[workbook]);
+    qint64 cells_left = most_cells;
+    qint64 strings_left = most_strings;
+    qint64 elements_left = most_other_elements;
+    const auto is_sound = [&elements_left](const QByteArray& xml) {
+        const std::optional<qint64> elements = elements_of(xml, elements_left);
+        elements_left -= elements.value_or(0);
+        return elements.has_value();
     };
 
+    excel_package package;
     QList<relation> relations;
-    const QList<relation> of_workbook = relations_of(all, workbook);
-    for (const relation& one : of_workbook) {
-        if (one.type != QStringLiteral("worksheet") && one.type != QStringLiteral("chartsheet") &&
-            one.type != QStringLiteral("styles") && one.type != QStringLiteral("sharedStrings"))
-            continue;
+    parts related;
+    /// Takes a part over; false if it cannot be read.
+    const auto take = [&](const relation& one, const QByteArray& xml) {
+        if (one.type == QStringLiteral("sharedStrings")) {
+            const std::optional<QStringList> strings = read_shared_strings(xml, strings_left);
+            references.strings = strings.value_or(QStringList());
+            return strings.has_value();
+        }
+        if (one.type == QStringLiteral("styles")) {
+            if (!is_sound(xml))
+                return false;
+            references.date_styles = date_styles(xml);
+            return true;
+        }
         const QString name = QStringLiteral("%1%2.xml").arg(one.type).arg(relations.size() + 1);
         relations.append({one.id, one.type, name});
-        if (!all.contains(one.target) || !take(one, QStringLiteral("xl/") + name))
-            return {};
+        if (one.type == QStringLiteral("chartsheet")) {
+            related[name] = xml;
+            return is_sound(xml);
+        }
+        related[name] = QByteArrayLiteral("<worksheet/>");
+        const std::optional<sheet_texts> sheet = read_sheet_texts(xml, references, cells_left);
+        package.sheets[QStringLiteral("xl/") + name] = sheet.value_or(sheet_texts());
+        return sheet.has_value();
+    };
+    // The cells refer to what stands in front of the sheets here.
+    const QList<relation> of_workbook = relations_of(all, workbook);
+    for (const char* type : {"sharedStrings", "styles", "worksheet", "chartsheet"}) {
+        for (const relation& one : of_workbook) {
+            if (one.type != QLatin1String(type))
+                continue;
+            if (!all.contains(one.target) || !take(one, all.take(one.target))) {
+                qDebug() << "cannot be read:" << one.target;
+                return {};
+            }
+        }
     }
-    package.date1904 = counts_from_1904(all[workbook]);
-    if (!take({{}, {}, workbook}, QStringLiteral("xl/workbook.xml")))
+    if (!is_sound(all[workbook])) {
+        qDebug() << "cannot be read:" << workbook;
         return {};
-    stored.add(QStringLiteral("xl/_rels/workbook.xml.rels"), relations_part(relations));
-    stored.add(QStringLiteral("_rels/.rels"),
-               relations_part({{QStringLiteral("rId1"), QStringLiteral("officeDocument"),
-                                QStringLiteral("xl/workbook.xml")}}));
-    stored.add(QStringLiteral("[Content_Types].xml"), QByteArrayLiteral("<Types/>"));
-    package.bytes = stored.finish();
+    }
+    package.bytes = packed(all[workbook], relations, related);
     return package;
 }

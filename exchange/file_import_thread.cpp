@@ -7,6 +7,7 @@
 
 #include <QDebug>
 #include <QFileInfo>
+#include <QLoggingCategory>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -151,8 +152,10 @@ void file_import_thread::append_to_results(tail_options options)
     }
 }
 
-bool file_import_thread::in_results(const measuringData& record, const QString& lines) const
+bool file_import_thread::in_results(const measuringData& record, const QString& lines)
 {
+    for (qsizetype at = m_known.size(); at < table_list.size(); ++at)
+        m_known.insert(hash_of(table_list[at], data_msg_altitude[at]), at);
     const auto [first, last] = m_known.equal_range(hash_of(record, lines));
     return std::any_of(first, last, [&](qsizetype at) {
         return same(table_list[at], record) && data_msg_altitude[at] == lines;
@@ -165,7 +168,6 @@ void file_import_thread::append_geometry(const QString& data, const QString& lin
     QList<point_msg>& alike = m_file_points[points];
     if (alike.size() != points)
         alike = QList<point_msg>(points, file_point());
-    m_known.insert(hash_of(table_list.last(), lines), data_msg_altitude.size());
     data_msg.append(data);
     data_msg_altitude.append(lines);
     point_msg_all.append(alike);
@@ -184,8 +186,10 @@ QString file_import_thread::normalize_datetime(const QString& text)
     QString time = QStringLiteral("%1-%2-%3 %4:%5:%6")
                        .arg(match.captured(1), two_digits(2), two_digits(3), two_digits(4),
                             two_digits(5), two_digits(6));
-    qDebug() << "dateTimeStr:   " << text;
-    qDebug() << "time:   " << time;
+    // Of each point: nothing is formatted when nobody reads it.
+    const QLoggingCategory& log = *QLoggingCategory::defaultCategory();
+    qCDebug(log) << "dateTimeStr:   " << text;
+    qCDebug(log) << "time:   " << time;
     return time;
 }
 

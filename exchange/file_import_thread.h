@@ -53,7 +53,7 @@ public:
 
     /// Whether the results hold a record of the same name, distance, count, area
     /// and coordinate lines.
-    [[nodiscard]] bool in_results(const measuringData& record, const QString& lines) const;
+    [[nodiscard]] bool in_results(const measuringData& record, const QString& lines);
     /// Gives the last record of `table_list` its entries in the other three
     /// results: \a data the plain pairs, \a lines the lines with altitudes,
     /// \a points the number of points.
@@ -86,7 +86,7 @@ private:
                          const file_coordinates& form);
 
     /// Where in the results a record may be found again, by the hash of what
-    /// in_results() compares.
+    /// in_results() compares; of those that it was asked for so far.
     QMultiHash<size_t, qsizetype> m_known;
     /// Points of files are all alike: records with equally many share one list.
     QHash<qsizetype, QList<point_msg>> m_file_points;

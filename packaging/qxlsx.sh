@@ -7,7 +7,8 @@
 # Where the built library is kept.
 qxlsx_prefix() { echo "${XDG_CACHE_HOME:-$HOME/.cache}/velmo/qxlsx"; }
 
-# Whether CMake finds a QXlsx by itself or in the cache folder.
+# Whether the build finds a QXlsx by itself or in the cache folder: it is asked with
+# what the build asks with.
 qxlsx_is_there() {
   local probe found=1
   probe=$(mktemp -d)
@@ -15,12 +16,10 @@ qxlsx_is_there() {
 cmake_minimum_required(VERSION 3.21)
 project(probe LANGUAGES CXX)
 find_package(Qt6 REQUIRED COMPONENTS Core Gui)
-find_package(QXlsxQt6 QUIET)
-if(NOT QXlsxQt6_FOUND)
-  find_package(QXlsx REQUIRED)
-endif()
+include("${SEARCH}")
 PROBE
-  cmake -S "$probe" -B "$probe/build" -G Ninja -DCMAKE_PREFIX_PATH="$(qxlsx_prefix)" >/dev/null 2>&1 && found=0
+  cmake -S "$probe" -B "$probe/build" -G Ninja -DSEARCH="$PWD/cmake/VelmoQXlsx.cmake" \
+    >/dev/null 2>&1 && found=0
   rm -rf "$probe"
   return $found
 }

@@ -127,6 +127,12 @@ def partly_bold(xml):
                   r'<r><rPr><b/></rPr><t>\1</t></r><r><t xml:space="preserve">\2</t></r>', xml)
 
 
+def with_readings(xml):
+    """As Japanese texts have them, with how they are read above the line."""
+    return re.sub("</t></si>", '</t><rPh sb="0" eb="1"><t>reading</t></rPh><phoneticPr fontId="1"/></si>',
+                  xml)
+
+
 def dates(path, target, epoch):
     """Real dates in the cells, the first day of a leap year that never was among them."""
     book = openpyxl.load_workbook(path)
@@ -170,6 +176,7 @@ def corpus(path, folder):
     save("typed-numbers", with_numbers(parts, ' t="n"'))
     save("untyped-numbers", with_numbers(parts, ""))
     save("shared-runs", {**parts, STRINGS: partly_bold(parts[STRINGS].decode()).encode()})
+    save("phonetic", {**parts, STRINGS: with_readings(parts[STRINGS].decode()).encode()})
     dates(path, f"{folder}/dates-1900.xlsx", openpyxl.utils.datetime.WINDOWS_EPOCH)
     dates(path, f"{folder}/dates-1904.xlsx", openpyxl.utils.datetime.MAC_EPOCH)
     save("formulas", each_cell(parts, formula_cell))
