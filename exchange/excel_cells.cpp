@@ -113,12 +113,15 @@ public:
         m_xml.setDevice(&m_buffer);
     }
 
-    /// Calls \a take in the element that is all of the part, if it has that name.
+    /// Calls \a take in the element that is all of the part. One of another name is
+    /// another kind of part: taken for an empty one, it would lose all without a word.
     template <typename Take>
     void root(QLatin1String name, Take take)
     {
         if (m_xml.readNextStartElement() && m_xml.name() == name)
             take();
+        else
+            m_xml.raiseError(QStringLiteral("another kind of part"));
     }
 
     /// Calls \a take in each child of the element in which the reader is, of that

@@ -51,8 +51,6 @@ constexpr int usual_minutes = 20;
 /// as they do in daily use.
 constexpr int patience_ms = 60'000;
 constexpr int long_wait = 60'000; // ms
-/// The machine may be busy with other work.
-constexpr int stage_patience = 8;
 /// Growth of what is allocated that is put down to chance, KiB a round.
 constexpr double growth_limit = 256;
 
@@ -260,7 +258,7 @@ class load_run
 {
 public:
     load_run(const QString& folder, local_server& tiles, cable& usb)
-        : m_at(folder, tiles, stage_patience), m_tiles(tiles), m_usb(usb),
+        : m_at(folder, tiles), m_tiles(tiles), m_usb(usb),
           m_watch(
               m_at.file(QStringLiteral("memory.csv")),
               [] {
@@ -382,12 +380,12 @@ QStringList load_run::boxes(qsizetype count)
 {
     QStringList come;
     // A read on a busy machine may take long: patience begins anew with each delivery.
-    QDeadlineTimer deadline(qint64{long_wait} * stage_patience);
+    QDeadlineTimer deadline(qint64{long_wait} * stage::patience);
     int rows = 0;
     while (come.size() < count) {
         const int shown = m_at.see([] { return tables::rows(); });
         if (std::exchange(rows, shown) != shown)
-            deadline.setRemainingTime(qint64{long_wait} * stage_patience);
+            deadline.setRemainingTime(qint64{long_wait} * stage::patience);
         check(!deadline.hasExpired(), QStringLiteral("waited in vain for %1 boxes; \"%2\" came")
                                           .arg(count)
                                           .arg(come.join(QStringLiteral("\", \""))));
@@ -1305,14 +1303,14 @@ double slope_of(const QList<double>& values)
     return (n * sum_xy - sum_x * sum_y) / (n * sum_xx - sum_x * sum_x);
 }
 
-/// What the program takes with no row held, round by round. The first third of the
-/// rounds fills what is kept on purpose: fonts, pages, pictures.
+/// What the program takes with no row held, round by round. In the first half of the
+/// rounds forms, formats and pages are used for the first time.
 void load_run::report(const QList<floor>& floors) const
 {
     QList<double> resident;
     QList<double> in_use;
     QList<double> web;
-    for (qsizetype i = floors.size() / 3; i < floors.size(); ++i) {
+    for (qsizetype i = floors.size() / 2; i < floors.size(); ++i) {
         resident += static_cast<double>(floors[i].memory.resident);
         in_use += static_cast<double>(floors[i].memory.in_use);
         web += static_cast<double>(floors[i].memory.web);
@@ -1423,7 +1421,7 @@ void run_load(const QString& folder, local_server& tiles, cable& usb)
 {
     bool told = false;
     const int minutes = qEnvironmentVariableIntValue("VELMO_LOAD_MINUTES", &told);
-    const stage at(folder, tiles, stage_patience);
+    const stage at(folder, tiles);
     try {
         {
             load_run run(folder, tiles, usb);

@@ -1,15 +1,15 @@
 #!/usr/bin/env python3
 """memory_graph.py TABLE PICTURE: draws the table of a load run as an SVG picture.
 
-Three panels over the minutes of the run: memory of the program, memory of the web
-engine's processes, rows held. Dots mark the ends of the rounds, when no row is held.
+Panels over the minutes of the run: memory of the program, memory of the web engine's
+processes, points and rows held. Dots mark the ends of the rounds, when no row is held.
 """
 
 import csv
 import sys
 
 WIDTH, LEFT, RIGHT = 900, 70, 20
-PANEL, GAP, TOP = 190, 46, 34
+PANEL, GAP, TOP = 140, 46, 34
 MIB = 1024.0
 
 
@@ -32,6 +32,7 @@ def main(table, picture):
         ("Program, MiB", [("resident", "#1d4ed8", column("resident_kib", MIB)),
                           ("allocated", "#dc2626", column("in_use_kib", MIB))], True),
         ("Web engine's processes, MiB", [("", "#047857", column("web_kib", MIB))], True),
+        ("Points held, thousands", [("", "#6b7280", column("points", 1000.0))], False),
         ("Rows held", [("", "#6b7280", column("rows"))], False),
     ]
     end = max(minutes[-1], 0.1)

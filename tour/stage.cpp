@@ -33,8 +33,8 @@ void check(bool holds, const QString& what)
         throw step_failed(what);
 }
 
-stage::stage(const QString& picture_folder, local_server& tiles, int patience)
-    : m_folder(picture_folder), m_tiles(tiles), m_patience(patience)
+stage::stage(const QString& picture_folder, local_server& tiles)
+    : m_folder(picture_folder), m_tiles(tiles)
 {
     QDir().mkpath(m_folder);
 }
@@ -57,7 +57,7 @@ void stage::xdotool(const QStringList& arguments)
 
 bool stage::comes_true(const std::function<bool()>& condition, int timeout_ms) const
 {
-    const QDeadlineTimer deadline(qint64{timeout_ms} * m_patience);
+    const QDeadlineTimer deadline(qint64{timeout_ms} * patience);
     while (!see(condition)) {
         if (deadline.hasExpired())
             return false;
@@ -245,8 +245,8 @@ void stage::wait_for_form(const QString& title) const
     // person clicks the title then.
     const auto active = [&] { return form() != nullptr && form()->isActiveWindow(); };
     constexpr int time_of_window_manager = 2000; // ms
-    const QDeadlineTimer patience(time_of_window_manager);
-    while (!see(active) && !patience.hasExpired())
+    const QDeadlineTimer deadline(time_of_window_manager);
+    while (!see(active) && !deadline.hasExpired())
         QThread::msleep(20);
     if (!see(active)) {
         constexpr int above_the_form = 10; // pixels, into the title bar

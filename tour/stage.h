@@ -31,8 +31,11 @@ void check(bool holds, const QString& what);
 class stage
 {
 public:
-    /// All waits last `patience` times as long as they say before they fail.
-    stage(const QString& picture_folder, local_server& tiles, int patience = 1);
+    /// The machine may be busy with other work: all waits last so many times as long
+    /// as they say before they fail.
+    static constexpr int patience = 8;
+
+    stage(const QString& picture_folder, local_server& tiles);
 
     /// Runs `look` in the GUI thread and returns what it returns.
     template <typename Look>
@@ -100,5 +103,4 @@ private:
 
     QString m_folder;
     local_server& m_tiles;
-    int m_patience;
 };
