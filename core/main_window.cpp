@@ -59,6 +59,7 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), ui(new Ui::MainWi
     connect_menus();
 
     style_buttons();
+    choose_qt_texts();
     // Round: half from the first to the last pixel, and one. A style sheet draws
     // a larger radius as a square.
     for (QLabel* lamp : {ui->LED, ui->LED_2}) {
@@ -145,7 +146,7 @@ void MainWindow::start_web_view()
 
     // A page begins in Chinese; one that was loaded later learns the language here.
     connect(ui->map->page(), &QWebEnginePage::loadFinished, this, [this](bool loaded) {
-        if (loaded)
+        if (loaded && ui->map->url().isLocalFile()) // not what stands for a missing page
             run_script(QStringLiteral("changelanguage(%1)").arg(language));
     });
     load_page(QStringLiteral("/index.html"));

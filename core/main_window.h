@@ -4,6 +4,7 @@
 #include "presentation/measurement_tables.h"
 
 #include <QMainWindow>
+#include <QTranslator>
 
 #include <array>
 #include <memory>
@@ -267,6 +268,9 @@ private:
     void style_buttons();
     void style_view_buttons();
     void set_menu_texts();
+    /// Qt's own words, those of its file and print dialogs and standard buttons, in
+    /// the language of the window.
+    void choose_qt_texts();
     void write_connection_text();
     void set_lamp(QLabel* lamp, bool connected);
     [[nodiscard]] bool confirm_quit();
@@ -283,6 +287,7 @@ private:
                    const char* time_words);
     void write_everywhere(int main_row, int column, const QString& text);
 
+    QTranslator m_qt_chinese;
     bool m_connected = false;      ///< what the connection text says
     bool m_quit_confirmed = false; ///< the close question was answered with Yes
 };

@@ -6,6 +6,7 @@
 #include <QAction>
 #include <QCoreApplication>
 #include <QDebug>
+#include <QLibraryInfo>
 #include <QMenu>
 #include <QPushButton>
 #include <QTranslator>
@@ -56,10 +57,24 @@ void MainWindow::choose_language(QAction* chosen)
 
     run_script(english ? QStringLiteral("changelanguage(1)") : QStringLiteral("changelanguage(0)"));
     language = english ? 1 : 0;
+    choose_qt_texts();
     set_menu_texts();
     style_buttons();
     ui->retranslateUi(this);
     write_connection_text();
+}
+
+void MainWindow::choose_qt_texts()
+{
+    if (language != 0) {
+        QCoreApplication::removeTranslator(&m_qt_chinese); // its sources are English
+        return;
+    }
+    const QString folder = QLibraryInfo::path(QLibraryInfo::TranslationsPath);
+    // The second is all that an installer for Windows puts beside the program.
+    if (m_qt_chinese.load(QStringLiteral("qtbase_zh_CN"), folder) ||
+        m_qt_chinese.load(QStringLiteral("qt_zh_CN"), folder))
+        QCoreApplication::installTranslator(&m_qt_chinese);
 }
 
 void MainWindow::set_menu_texts()

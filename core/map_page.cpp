@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QPointer>
 #include <QWebEngineDownloadRequest>
+#include <QWebEngineLoadingInfo>
 #include <QWebEngineProfile>
 #include <QWebEngineScript>
 #include <QWebEngineSettings>
@@ -23,6 +24,8 @@ constexpr int heartbeat_ms = 1000;
 /// ends at once each time does not take all of a core.
 constexpr int pause_before_loading_again_ms = 500;
 
+const QUrl empty_page(QStringLiteral("about:blank")); // the engine's own
+
 } // namespace
 
 map_page::map_page(QObject* parent) : QWebEnginePage(parent)
@@ -36,6 +39,14 @@ map_page::map_page(QObject* parent) : QWebEnginePage(parent)
                 setFeaturePermission(origin, feature, PermissionDeniedByUser);
             });
     settings()->setUnknownUrlSchemePolicy(QWebEngineSettings::DisallowUnknownUrlSchemes);
+    // A page that cannot be loaded leaves the map empty: neither the page before
+    // stays, which would take figures for another provider's map, nor the engine's
+    // own words come, in a language of its own choosing.
+    settings()->setAttribute(QWebEngineSettings::ErrorPageEnabled, false);
+    connect(this, &QWebEnginePage::loadingChanged, this, [this](const QWebEngineLoadingInfo& info) {
+        if (info.status() == QWebEngineLoadingInfo::LoadFailedStatus && info.url() == m_shown)
+            load(empty_page);
+    });
     // A name that is looked up tells a host as much as a request does.
     settings()->setAttribute(QWebEngineSettings::DnsPrefetchEnabled, false);
 
@@ -66,6 +77,8 @@ bool map_page::acceptNavigationRequest(const QUrl& url, NavigationType type, boo
     // "Typed" is what the program itself loads. A script, a link, the way back
     // or a reload would leave the map without its figures even on an own page.
     if (is_main_frame && type == NavigationTypeTyped) {
+        if (url == empty_page)
+            return true;
         const QStringList pages = own_pages();
         for (const QString& page : pages) {
             if (url != url_of(page))

@@ -220,7 +220,7 @@ bool data_to_device::probe_packet_protocol(const device_pointer& device)
         return false;
     }
     qDebug().noquote() << "[import] packet protocol selected, device type:"
-             << QStringLiteral("0x%1").arg(hex(device_type));
+                       << QStringLiteral("0x%1").arg(hex(device_type));
     return true;
 }
 

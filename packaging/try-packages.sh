@@ -72,21 +72,25 @@ velmo_calculation_server >calculation.log & server=$!
 velmo_instrument --adb >instrument.log & instrument=$!
 sleep 2
 QTWEBENGINE_DISABLE_SANDBOX=1 velmo >velmo.log 2>&1 & program=$!
+trap 'kill $program $instrument $server $manager; adb kill-server' EXIT
 box_says() {
   timeout 180 xdotool search --sync --onlyvisible --name "$1" >/dev/null || { echo "no box says that $2"; exit 1; }
 }
 box_says 串口 "the instrument is found"
 import -window root found.png
-xdotool key Return
-sleep 2
+# A key that comes before the window has the keys is lost: try again.
+for try in 1 2 3 4 5; do
+  xdotool key Return
+  sleep 2
+  xdotool search --onlyvisible --name 串口 >/dev/null 2>&1 || break
+done
+xdotool search --onlyvisible --name '^Velmo$' windowactivate --sync
+sleep 1
 xdotool key F5
 box_says 数据读取 "the read has ended"
 sleep 2
 import -window root read.png
 grep -q listening calculation.log
-kill $program
-adb kill-server
-kill $instrument $server $manager
 USE
 
 echo "Installing"

@@ -2,11 +2,14 @@
 
 #include "presentation/measurement_tables.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QStyleOptionButton>
+
+#include <algorithm>
 
 namespace {
 
@@ -48,6 +51,24 @@ verdict judge(const QEvent* event, const QStyleOptionViewItem& option)
     }
 }
 
+/// The other ticks that are selected together with this one.
+QModelIndexList selected_with(const QModelIndex& index, const QWidget* widget)
+{
+    const auto* view = qobject_cast<const QAbstractItemView*>(widget);
+    if (!view || !view->selectionModel() || !view->selectionModel()->isSelected(index))
+        return {};
+    QModelIndexList others = view->selectionModel()->selectedIndexes();
+    others.removeIf([&](const QModelIndex& other) {
+        return other.column() != index.column() || other == index;
+    });
+    return others;
+}
+
+bool is_ticked(const QModelIndex& index)
+{
+    return index.data(Qt::DisplayRole).toBool();
+}
+
 } // namespace
 
 void CheckBoxDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
@@ -60,7 +81,7 @@ void CheckBoxDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
     QStyleOptionButton button;
     button.rect = check_rect(option);
     button.state = QStyle::State_Enabled;
-    button.state |= index.data(Qt::DisplayRole).toBool() ? QStyle::State_On : QStyle::State_Off;
+    button.state |= is_ticked(index) ? QStyle::State_On : QStyle::State_Off;
     QApplication::style()->drawControl(QStyle::CE_CheckBox, &button, painter);
 }
 
@@ -74,7 +95,13 @@ bool CheckBoxDelegate::editorEvent(QEvent* event, QAbstractItemModel* model,
     case verdict::not_ours: return false;
     case verdict::toggles: break;
     }
-    const bool ticked = !index.data(Qt::DisplayRole).toBool();
+    bool ticked = !is_ticked(index);
+    if (event->type() == QEvent::KeyPress) {
+        const QModelIndexList others = selected_with(index, option.widget);
+        ticked = ticked || !std::all_of(others.begin(), others.end(), is_ticked);
+        for (const QModelIndex& other : others)
+            model->setData(other, ticked, Qt::EditRole);
+    }
     emit checkboxStateChanged(model->setData(index, ticked, Qt::EditRole));
     return model->setData(index, ticked, Qt::EditRole);
 }

@@ -3,7 +3,8 @@
 #include <QStyledItemDelegate>
 
 /// Draws the tick of column 0 as a check box and toggles it by mouse or
-/// keyboard. Other columns are the base class's.
+/// keyboard. Other columns are the base class's. By keyboard all ticks that are
+/// selected in the view become the same: set, unless all were.
 class CheckBoxDelegate : public QStyledItemDelegate
 {
     Q_OBJECT

@@ -21,6 +21,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDesktopServices>
+#include <QDialogButtonBox>
 #include <QDir>
 #include <QFile>
 #include <QFrame>
@@ -95,6 +96,7 @@ private slots:
     void language_clicked_twice_stays();
     void language_without_its_file_stays_in_the_old_one();
     void translators_of_earlier_switches_stay();
+    void qt_says_its_own_words_in_the_language();
     void headers_follow_at_the_next_rebuild();
 
     void lamps_share_the_text();
@@ -106,6 +108,7 @@ private slots:
     void units_of_the_panels_are_fixed();
     void long_texts_fit_their_places();
     void the_map_view_is_set_up();
+    void a_page_that_is_not_there_shows_nothing();
     void scripts_reach_the_page_in_order();
     void language_reaches_the_page();
     void map_options_work_like_radio_buttons();
@@ -703,6 +706,23 @@ void test_main_window::translators_of_earlier_switches_stay()
     }
 }
 
+void test_main_window::qt_says_its_own_words_in_the_language()
+{
+    // The words under which a file dialog's and a box's buttons are made.
+    const auto save = [] { return QCoreApplication::translate("QFileDialog", "&Save"); };
+    const auto cancel = [] {
+        return QDialogButtonBox().addButton(QDialogButtonBox::Cancel)->text();
+    };
+    QCOMPARE(save(), QStringLiteral("保存(&S)"));
+    QCOMPARE(cancel(), QStringLiteral("取消"));
+    choose_english();
+    QCOMPARE(save(), QStringLiteral("&Save"));
+    QCOMPARE(cancel(), QStringLiteral("Cancel"));
+    choose_chinese();
+    QCOMPARE(save(), QStringLiteral("保存(&S)"));
+    QCOMPARE(cancel(), QStringLiteral("取消"));
+}
+
 // What comes back
 
 void test_main_window::lamps_share_the_text()
@@ -937,6 +957,33 @@ void test_main_window::the_map_view_is_set_up()
     // It offers nothing.
     QCOMPARE(bridge::staticMetaObject.methodCount(), QObject::staticMetaObject.methodCount());
     QCOMPARE(bridge::staticMetaObject.propertyCount(), QObject::staticMetaObject.propertyCount());
+}
+
+void test_main_window::a_page_that_is_not_there_shows_nothing()
+{
+    // The page of the start has come to its end before.
+    QTRY_COMPARE_WITH_TIMEOUT(answer_of_page("document.readyState + ' ' + typeof VelmoMap"),
+                              QVariant("complete object"), 30'000);
+    QTRY_VERIFY_WITH_TIMEOUT(!m_ui->map->page()->isLoading(), 30'000);
+    box_watcher watcher;
+    const QString here = QDir::currentPath();
+    const QTemporaryDir empty;
+    QSignalSpy loaded(m_ui->map->page(), &QWebEnginePage::loadFinished);
+    QVERIFY(QDir::setCurrent(empty.path()));
+    m_ui->action_google->trigger();
+    const bool ended = QTest::qWaitFor([&] { return loaded.size() == 2; }, 30'000);
+    QVERIFY(QDir::setCurrent(here));
+    QVERIFY(ended);
+    QCOMPARE(loaded[0][0].toBool(), false); // the page
+    QCOMPARE(loaded[1][0].toBool(), true);  // nothing in its place
+    QCOMPARE(answer_of_page("document.documentElement.innerText").toString(), QString());
+    QCOMPARE(answer_of_page("typeof VelmoMap").toString(), QString("undefined"));
+    QCOMPARE(watcher.boxes.size(), 0);
+    // The way back is open.
+    m_ui->action_gaode->trigger();
+    QTRY_COMPARE_WITH_TIMEOUT(loaded.size(), 3, 30'000);
+    QCOMPARE(loaded[2][0].toBool(), true);
+    QCOMPARE(answer_of_page("typeof VelmoMap").toString(), QString("object"));
 }
 
 void test_main_window::scripts_reach_the_page_in_order()

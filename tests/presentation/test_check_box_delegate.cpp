@@ -15,6 +15,7 @@
 #include <QSignalSpy>
 #include <QStandardItemModel>
 #include <QStyleOptionButton>
+#include <QTableView>
 #include <QTest>
 
 namespace {
@@ -60,6 +61,7 @@ private slots:
     void writes_emits_and_writes_again();
     void tells_the_success_and_not_the_tick();
     void tells_a_failure();
+    void space_ticks_all_that_is_selected();
     void other_columns_are_the_base_class_data();
     void other_columns_are_the_base_class();
     void unused_threads_log_their_labels();
@@ -208,6 +210,47 @@ void test_check_box_delegate::tells_a_failure()
     QVERIFY(!delegate.editorEvent(&space, &model, option(), model.index(0, 0)));
     QCOMPARE(changed.size(), 1);
     QCOMPARE(changed[0][0].toBool(), false);
+}
+
+void test_check_box_delegate::space_ticks_all_that_is_selected()
+{
+    QStandardItemModel model(5, 2);
+    QTableView view;
+    view.setModel(&model);
+    auto* delegate = new CheckBoxDelegate(&view);
+    view.setItemDelegate(delegate);
+    QSignalSpy changed(delegate, &CheckBoxDelegate::checkboxStateChanged);
+    const auto ticks = [&model] {
+        QString all;
+        for (int row = 0; row < model.rowCount(); ++row)
+            all += model.index(row, 0).data().toBool() ? 'x' : '.';
+        return all;
+    };
+
+    view.setCurrentIndex(model.index(1, 0));
+    QTest::keyClick(&view, Qt::Key_Down, Qt::ShiftModifier);
+    QTest::keyClick(&view, Qt::Key_Down, Qt::ShiftModifier);
+    QTest::keyClick(&view, Qt::Key_Space);
+    QCOMPARE(ticks(), QStringLiteral(".xxx."));
+    QCOMPARE(changed.size(), 1); // the map is drawn once
+    QTest::keyClick(&view, Qt::Key_Space);
+    QCOMPARE(ticks(), QStringLiteral("....."));
+    QCOMPARE(changed.size(), 2);
+    // Some of them are ticked: all become so, the one under the cursor as well.
+    model.setData(model.index(3, 0), true);
+    QTest::keyClick(&view, Qt::Key_Space);
+    QCOMPARE(ticks(), QStringLiteral(".xxx."));
+
+    // Names that are selected with the ticks are left alone.
+    view.selectAll();
+    QTest::keyClick(&view, Qt::Key_Space);
+    QCOMPARE(ticks(), QStringLiteral("xxxxx"));
+    for (int row = 0; row < model.rowCount(); ++row)
+        QVERIFY(!model.index(row, 1).data().isValid());
+    // By mouse it is the one that is hit.
+    const QRect cell = view.visualRect(model.index(1, 0));
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::NoModifier, cell.center());
+    QCOMPARE(ticks(), QStringLiteral("x.xxx"));
 }
 
 void test_check_box_delegate::other_columns_are_the_base_class_data()

@@ -54,6 +54,7 @@ private slots:
     void bad_input_is_ignored();
     void numbers_with_a_leading_zero_are_lost_and_told();
     void keys_leave_the_functions_working();
+    void scripts_before_the_page_is_ready_are_lost();
 
     void a_burst_moves_the_view_once();
     void a_single_waypoint_is_not_magnified_beyond_reason();
@@ -388,6 +389,19 @@ void test_map_pages::keys_leave_the_functions_working()
     map_view::send_figure(*m_view, u"a"_s, u"1"_s, QLatin1String(square));
     QVERIFY(drawn(1));
     QVERIFY(map_view::shows(*m_view, map_view::pixel_of(*m_view, 126.652, 45.750), area_line));
+}
+
+void test_map_pages::scripts_before_the_page_is_ready_are_lost()
+{
+    // No queue keeps them: what is ticked goes to the page at the next change.
+    QSignalSpy loaded(m_view->page(), &QWebEnginePage::loadFinished);
+    m_view->page()->load(map_page::url_of(u"/index.html"_s));
+    map_view::send_figure(*m_view, u"early"_s, u"1"_s, QLatin1String(square));
+    QTRY_COMPARE_WITH_TIMEOUT(loaded.size(), 1, 30'000);
+    QVERIFY(loaded[0][0].toBool());
+    QCOMPARE(value(u"VelmoMap.figures().length + VelmoMap.waiting()"_s), QVariant(0));
+    map_view::send_figure(*m_view, u"late"_s, u"1"_s, QLatin1String(square));
+    QVERIFY(drawn(1));
 }
 
 // View
