@@ -273,11 +273,12 @@ void apply_in_order(const fault_list& faults, Frame& frame,
     }
 }
 
-std::optional<int> number(QStringView text)
+/// Decimal, or hexadecimal after 0x; \a otherwise if it is no number.
+int number(QStringView text, int otherwise)
 {
     bool good = false;
     const int value = text.toInt(&good, text.startsWith(u"0x") ? 16 : 10);
-    return good ? std::optional(value) : std::nullopt;
+    return good ? value : otherwise;
 }
 
 } // namespace
@@ -304,22 +305,23 @@ std::optional<fault> parse_fault(const QString& text, QString& error)
             error = QStringLiteral("fault \"%1\" takes no value").arg(name);
             return std::nullopt;
         }
-        const std::optional<int> value = number(before_frame.section(QLatin1Char('='), 1));
-        if (!value || *value < kind->lowest || *value > kind->highest) {
+        const int none = kind->lowest - 1;
+        result.value = number(before_frame.section(QLatin1Char('='), 1), none);
+        if (result.value < kind->lowest || result.value > kind->highest) {
             error = QStringLiteral("fault \"%1\" takes a number from %2 to %3")
                         .arg(name)
                         .arg(kind->lowest)
                         .arg(kind->highest);
             return std::nullopt;
         }
-        result.value = *value;
     }
     if (text.contains(QLatin1Char('@'))) {
-        result.only_frame = number(text.section(QLatin1Char('@'), 1));
-        if (!result.only_frame || *result.only_frame < 0) {
+        const int frame = number(text.section(QLatin1Char('@'), 1), -1);
+        if (frame < 0) {
             error = QStringLiteral("\"%1\" does not end with the number of a frame").arg(text);
             return std::nullopt;
         }
+        result.only_frame = frame;
     }
     return result;
 }
