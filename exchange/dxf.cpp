@@ -120,7 +120,25 @@ private:
     }
 };
 
-void write_tables(DL_Dxf& dxf, DL_WriterA& writer)
+/// Gives the dimension style its text style. dxflib remembers a text style only by the
+/// name "Standard"; of another it writes whatever stood in memory.
+class drawing_writer : public DL_WriterA
+{
+public:
+    using DL_WriterA::DL_WriterA;
+
+    void dxfHex(int code, int value) const override
+    {
+        constexpr int text_style_code = 340;
+        const bool refers = in_dimension_style && code == text_style_code;
+        DL_WriterA::dxfHex(code, refers ? static_cast<int>(text_style) : value);
+    }
+
+    unsigned long text_style = 0; ///< its handle
+    bool in_dimension_style = false;
+};
+
+void write_tables(DL_Dxf& dxf, drawing_writer& writer)
 {
     writer.sectionTables();
     dxf.writeVPort(writer);
@@ -143,6 +161,7 @@ void write_tables(DL_Dxf& dxf, DL_WriterA& writer)
     writer.tableEnd();
 
     writer.tableStyle(1);
+    writer.text_style = writer.getNextHandle();
     dxf.writeStyle(writer, {"standard", 0, 2.5, 1.0, 0.0, 0, 2.5, "txt", ""});
     writer.tableEnd();
 
@@ -153,7 +172,9 @@ void write_tables(DL_Dxf& dxf, DL_WriterA& writer)
     dxf.writeAppid(writer, "ACAD");
     writer.tableEnd();
 
+    writer.in_dimension_style = true;
     dxf.writeDimStyle(writer, 1.0, 1.0, 1.0, 1.0, 1.0);
+    writer.in_dimension_style = false;
     dxf.writeBlockRecord(writer);
     writer.tableEnd();
     writer.sectionEnd();
@@ -190,23 +211,23 @@ bool write_drawing(const QString& path, const Test_CreationClass& store)
 {
     DL_Dxf dxf;
     const QString native = QDir::toNativeSeparators(path);
-    const std::unique_ptr<DL_WriterA> writer(
-        dxf.out(QFile::encodeName(native).constData(), DL_Codes::AC1015));
-    if (!writer) {
+    // As DL_Dxf::out() does, which makes a writer of its own; this version is its default.
+    drawing_writer writer(QFile::encodeName(native).constData(), DL_Codes::AC1015);
+    if (writer.openFailed()) {
         qDebug() << "Cannot open DXF file for writing:" << native;
         show_warning(file_export_thread::tr("Warning"),
                      file_export_thread::tr("Failed to open file"));
         return false;
     }
-    dxf.writeHeader(*writer);
-    writer->sectionEnd();
-    write_tables(dxf, *writer);
-    write_blocks(dxf, *writer);
-    write_entities(dxf, *writer, store);
-    dxf.writeObjects(*writer);
-    dxf.writeObjectsEnd(*writer);
-    writer->dxfEOF();
-    writer->close();
+    dxf.writeHeader(writer);
+    writer.sectionEnd();
+    write_tables(dxf, writer);
+    write_blocks(dxf, writer);
+    write_entities(dxf, writer, store);
+    dxf.writeObjects(writer);
+    dxf.writeObjectsEnd(writer);
+    writer.dxfEOF();
+    writer.close();
     return true;
 }
 

@@ -341,6 +341,8 @@ void test_dxf::sections_and_tables_stand_in_their_order()
     QCOMPARE(values(table(all, "APPID"), 70), (QList<QByteArray>{"1", "0"}));
     for (const int size : {41, 42, 44, 147, 140})
         QCOMPARE(values(table(all, "DIMSTYLE"), size), QList<QByteArray>{"1.0"});
+    // Its text style is the one above (behind the handle of the table).
+    QCOMPARE(values(table(all, "DIMSTYLE"), 340), QList<QByteArray>{values(style, 5).value(1)});
 
     const groups blocks = section(all, "BLOCKS");
     QCOMPARE(values(blocks, 2),
