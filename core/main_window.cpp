@@ -286,11 +286,11 @@ void MainWindow::show_in_the_middle(QWidget* dialog, Qt::WindowModality modality
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setWindowModality(modality);
     dialog->move(geometry().center() - dialog->rect().center());
+    dialog->show();
     // Above this window also where it does not block it: a box of this window would
     // otherwise bring this window before it, and hide it.
-    dialog->winId();
-    dialog->windowHandle()->setTransientParent(windowHandle());
-    dialog->show();
+    if (modality == Qt::NonModal)
+        dialog->windowHandle()->setTransientParent(windowHandle());
 }
 
 void MainWindow::on_delect_tableandmap_clicked()
