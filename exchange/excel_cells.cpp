@@ -55,13 +55,19 @@ struct raw_cell
     bool has_formula = false;
 };
 
-QString text_of(const raw_cell& cell, const excel_references& references)
+/// Nothing if it refers to a shared string that is not there.
+std::optional<QString> text_of(const raw_cell& cell, const excel_references& references)
 {
-    if (!cell.value)
-        return {};
+    if (!cell.value || cell.value->isEmpty())
+        return QString();
     const QString& value = *cell.value;
-    if (cell.type == QStringLiteral("s"))
-        return references.strings.value(value.toInt());
+    if (cell.type == QStringLiteral("s")) {
+        bool is_index = false;
+        const qsizetype index = value.toInt(&is_index);
+        if (!is_index || index < 0 || index >= references.strings.size())
+            return {};
+        return references.strings[index];
+    }
     if (cell.type == QStringLiteral("str") || cell.type == QStringLiteral("inlineStr") ||
         cell.type == QStringLiteral("e"))
         return value;
@@ -179,6 +185,9 @@ public:
         return cell;
     }
 
+    /// The part is not sound.
+    void refuse(const QString& why) { m_xml.raiseError(why); }
+
     /// Reads to the end of the part; whether it was sound.
     bool finish()
     {
@@ -222,9 +231,11 @@ std::optional<sheet_texts> read_sheet_texts(const QByteArray& xml,
     const auto take_cell = [&] {
         const raw_cell cell = reader.cell();
         sheet.m_valid = sheet.m_valid && (cell.value || !cell.has_formula);
-        const QString text = text_of(cell, references);
-        if (!text.isEmpty())
-            sheet.m_texts.append({cell.row, cell.column, text});
+        const std::optional<QString> text = text_of(cell, references);
+        if (!text)
+            reader.refuse(QStringLiteral("no such shared string"));
+        else if (!text->isEmpty())
+            sheet.m_texts.append({cell.row, cell.column, *text});
     };
     reader.root(QLatin1String("worksheet"), [&] {
         reader.each(QLatin1String("sheetData"), [&] {

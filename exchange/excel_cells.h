@@ -45,7 +45,8 @@ private:
 
 /// Reads the part of a sheet. Takes its rows and cells from \a room. Nothing if it
 /// is damaged, has more than there is room for, two cells in one place, a cell
-/// without a sound place or a date that is written as such and not as a number.
+/// without a sound place, one that names no shared string or a date that is written
+/// as such and not as a number.
 std::optional<sheet_texts> read_sheet_texts(const QByteArray& xml,
                                             const excel_references& references, qint64& room);
 

@@ -115,6 +115,24 @@ def with_numbers(parts, kind):
         else text_cell(place, style, text)))
 
 
+def boolean_cell(place, style, text):
+    values = {"H2": "1", "H5": "0"}
+    if place not in values:
+        return text_cell(place, style, text)
+    return f'<c r="{place}" s="{style}" t="b"><v>{values[place]}</v></c>'
+
+
+def in_mixed_order(xml):
+    """The rows from the last to the first, and the cells of each."""
+    rows = re.findall("<row .*?</row>", xml, re.S)
+    head, tail = xml[:xml.index(rows[0])], xml[xml.rindex("</row>") + len("</row>"):]
+    turned = []
+    for row in reversed(rows):
+        cells = re.findall("<c .*?</c>", row, re.S)
+        turned.append(row[:row.index(">") + 1] + "".join(reversed(cells)) + "</row>")
+    return head + "".join(turned) + tail
+
+
 def written_date(place, style, text):
     if place != "C2":
         return text_cell(place, style, text)
@@ -205,17 +223,23 @@ def corpus(path, folder):
     save("merged", replaced(parts, SHEET, "</sheetData>",
                             '</sheetData><mergeCells count="2"><mergeCell ref="A2:A4"/>'
                             '<mergeCell ref="A5:A7"/></mergeCells>'))
+    save("runs", each_cell(parts, in_runs))
+    save("mixed-order", {**parts, SHEET: in_mixed_order(parts[SHEET].decode()).encode()})
+    save("booleans", each_cell(parts, boolean_cell))
     save("drawing", replaced(parts, SHEET, "</worksheet>",
                              '<drawing xmlns:r="http://schemas.openxmlformats.org/officeDocument/'
                              '2006/relationships" r:id="rId9"/></worksheet>'))
 
     # Workbooks that cannot be read.
     save("formulas-never-computed", each_cell(parts, lambda *cell: formula_cell(*cell, False)))
-    save("runs", each_cell(parts, in_runs))
     save("written-dates", each_cell(parts, written_date))
     save("cell-twice", replaced(parts, SHEET, 'r="B2"', 'r="C2"'))
     save("damaged-sheet", replaced(parts, SHEET, '<c r="B5"', '<c r="B5<'))
     save("odd-place", replaced(parts, SHEET, 'r="B2"', 'r="2B"'))
+    save("long-place", replaced(parts, SHEET, 'r="B2"', 'r="B00000002"'))
+    save("another-root", replaced(parts, SHEET, "(</?)worksheet", r"\1chartsheet"))
+    for name, index in (("word", "two"), ("negative", "-1"), ("fraction", "1.5"), ("far", "99999")):
+        save(f"{name}-for-an-index", replaced(parts, SHEET, r'(r="B2"[^>]*><v>)\d+', rf"\g<1>{index}"))
     save("far-row", replaced(parts, SHEET, 'r="B2"', 'r="B1048577"'))
     save("far-column", replaced(parts, SHEET, 'r="B2"', 'r="XFE2"'))
     save("no-places", replaced(parts, SHEET, r'<c r="\w+"', "<c"))
