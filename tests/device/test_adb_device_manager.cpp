@@ -9,6 +9,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QMetaMethod>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -146,7 +147,8 @@ void test_adb_device_manager::adb_that_cannot_run()
     manager.adb_path = ground->path("no_program");
     log->clear();
     QVERIFY(!manager.start());
-    QVERIFY(log->texts().first().startsWith("[AdbDeviceManager] failed to start adb process:"));
+    const QRegularExpression line("^\\[AdbDeviceManager\\] failed to start adb process: \".+\"$");
+    QVERIFY(line.match(log->texts().first()).hasMatch());
     QCOMPARE(log->lines().first().type, QtCriticalMsg);
     QVERIFY(!manager.poll_timer.isActive());
 }
@@ -154,11 +156,11 @@ void test_adb_device_manager::adb_that_cannot_run()
 void test_adb_device_manager::server_that_fails()
 {
     AdbDeviceManager manager;
-    manager.adb_path = ground->script("echo no port >&2; exit 3");
+    manager.adb_path = ground->script("echo no port 端口 >&2; exit 3");
     log->clear();
     QVERIFY(!manager.start());
     QCOMPARE(log->texts(), QStringList{"[AdbDeviceManager] start-server failed, exitCode: 3 "
-                                       "stderr: \"no port\\n\""});
+                                       "stderr: \"no port 端口\\n\""});
     QCOMPARE(log->lines().first().type, QtCriticalMsg);
     QCOMPARE(ground->calls(), QStringList{"start-server"});
     QVERIFY(!manager.poll_timer.isActive());
@@ -174,7 +176,10 @@ void test_adb_device_manager::server_that_hangs()
     QVERIFY(!manager.start());
     QVERIFY(elapsed.elapsed() >= 9500);
     QVERIFY(elapsed.elapsed() < 20000); // killed, not waited for
-    QVERIFY(log->has("[AdbDeviceManager] start-server timeout: \"" + manager.adb_path + "\""));
+    // And nothing about a program that still runs.
+    QCOMPARE(log->texts(),
+             QStringList{"[AdbDeviceManager] start-server timeout: \"" + manager.adb_path + "\""});
+    QCOMPARE(log->lines().first().type, QtCriticalMsg);
     QVERIFY(!manager.poll_timer.isActive());
 }
 
@@ -184,6 +189,7 @@ void test_adb_device_manager::server_that_starts()
     manager.adb_path = ground->script("exit 0");
     QVERIFY(manager.start());
     QVERIFY(manager.poll_timer.isActive());
+    QCOMPARE(manager.process.state(), QProcess::Running); // at once
     QTRY_COMPARE(ground->calls(), (QStringList{"start-server", "devices"}));
     QTRY_COMPARE(ground->calls().size(), 3); // the first poll
 }
@@ -301,9 +307,11 @@ void test_adb_device_manager::a_slow_query_is_not_overlapped()
     AdbDeviceManager manager;
     manager.adb_path = ground->script("sleep 1");
     QSignalSpy finished(&manager.process, &QProcess::finished);
+    log->clear();
     manager.checkDevices();
     manager.checkDevices();
     manager.checkDevices();
+    QVERIFY(log->texts().isEmpty()); // nothing is tried, hence nothing fails
     QTRY_COMPARE(finished.size(), 1);
     QCOMPARE(ground->calls(), QStringList{"devices"});
     manager.checkDevices();
@@ -317,7 +325,9 @@ void test_adb_device_manager::a_query_that_cannot_start()
     manager.adb_path = ground->path("no_such_file");
     log->clear();
     manager.checkDevices();
-    QVERIFY(log->texts().first().startsWith("[AdbDeviceManager] failed to start devices query:"));
+    QCOMPARE(log->texts(), QStringList{"[AdbDeviceManager] failed to start devices query: \"" +
+                                       manager.process.errorString() + "\""});
+    QVERIFY(!manager.process.errorString().isEmpty());
     QCOMPARE(log->lines().first().type, QtWarningMsg);
 }
 
@@ -335,6 +345,7 @@ void test_adb_device_manager::destroyed_during_a_query()
         QCOMPARE(manager.process.state(), QProcess::Running);
     }
     QVERIFY(elapsed.elapsed() < 5000);
+    QVERIFY(!log->has("Destroyed while process")); // killed before
 }
 
 void test_adb_device_manager::a_real_instrument_comes_and_goes()

@@ -93,10 +93,13 @@ void test_android_link::make_reader()
         events += QStringLiteral("LED2 %1, connected %2").arg(on).arg(reader->android_connected);
     });
     connect(reader.get(), &serial_thread::adbchannel_in, this, [this](AdbStringChannel* channel) {
-        events += channel == reader->channel && channel != nullptr ? "in" : "in, but another";
+        const bool ready = channel == reader->channel && reader->android_connected == 1;
+        events += channel != nullptr && ready ? "in" : "in, but another";
     });
     connect(reader.get(), &serial_thread::adbchannel_out, this, [this](AdbStringChannel* channel) {
-        events += channel == nullptr ? "out null" : "out";
+        events += QStringLiteral("out %1, connected %2")
+                      .arg(channel == nullptr ? "null" : "channel")
+                      .arg(reader->android_connected);
     });
     connect(reader.get(), &serial_thread::button_control, this,
             [this](bool on) { events += QStringLiteral("button %1").arg(on); });
@@ -171,7 +174,7 @@ void test_android_link::a_real_instrument_from_cable_to_cable()
     daemon->detach();
     QElapsedTimer elapsed;
     elapsed.start();
-    QTRY_VERIFY(events.contains("out null"));
+    QTRY_VERIFY(events.contains("out null, connected 1"));
     QVERIFY(events.contains("LED2 0, connected 1"));
     QVERIFY(elapsed.elapsed() < 3000);
     QTRY_VERIFY(log->has(" 已断开 "));
@@ -237,7 +240,7 @@ void test_android_link::a_second_attempt_that_fails_gives_up()
     use_script("exit 1");
     reader->onDeviceAttached("abc");
     QTRY_VERIFY(log->texts().contains("重试连接失败，放弃"));
-    QCOMPARE(events, (QStringList{"LED2 0, connected 0", "out"}));
+    QCOMPARE(events, (QStringList{"LED2 0, connected 0", "out channel, connected 0"}));
     QVERIFY(reader->channel != nullptr); // it stays, unused
     QCOMPARE(reader->android_connected, 0);
     QCOMPARE(attempts(), 2);
@@ -249,7 +252,7 @@ void test_android_link::detached_before_the_first_attempt()
     reader->onDeviceAttached("abc");
     const QPointer<AdbStringChannel> channel = reader->channel;
     reader->onDeviceDetached("abc");
-    QCOMPARE(events, (QStringList{"LED2 0, connected 0", "out null"}));
+    QCOMPARE(events, (QStringList{"LED2 0, connected 0", "out null, connected 0"}));
     QVERIFY(reader->channel == nullptr);
     QTRY_VERIFY(channel.isNull());
     // Its attempt has gone with it: the next device gets one of its own.
@@ -298,7 +301,7 @@ void test_android_link::a_lost_channel_is_not_tried_again()
     events.clear();
     QVERIFY(server->hasPendingConnections() || server->waitForNewConnection(3000));
     server->nextPendingConnection()->abort();
-    QTRY_COMPARE(events, (QStringList{"LED2 0, connected 1", "out null"}));
+    QTRY_COMPARE(events, (QStringList{"LED2 0, connected 1", "out null, connected 1"}));
     QVERIFY(log->texts().contains("通道已关闭，尝试重新连接"));
     QVERIFY(reader->channel == nullptr);
     QCOMPARE(reader->android_connected, 0);
@@ -327,8 +330,8 @@ void test_android_link::lost_during_a_read()
     QTRY_VERIFY(events.contains("in"));
     events.clear();
     QTimer::singleShot(0, this, [this] { reader->recv_cmd_from_key(1, {}, {}, {}, {}); });
-    QTRY_COMPARE(events, (QStringList{"button 0", "LED2 0, connected 1", "out null", "button 1",
-                                      "box 数据读取 数据读取失败，请重新读取"}));
+    QTRY_COMPARE(events, (QStringList{"button 0", "LED2 0, connected 1", "out null, connected 1",
+                                      "button 1", "box 数据读取 数据读取失败，请重新读取"}));
     QVERIFY(reader->channel == nullptr);
 }
 
@@ -342,7 +345,8 @@ void test_android_link::lost_while_the_box_is_shown()
     };
     reader->onDeviceAttached("abc");
     QTRY_COMPARE(events, (QStringList{"LED2 1, connected 0", attached_box, "LED2 0, connected 0",
-                                      "out null", "LED2 0, connected 0", "out null"}));
+                                      "out null, connected 0", "LED2 0, connected 0",
+                                      "out null, connected 0"}));
     QVERIFY(reader->channel == nullptr);
     // A channel that is no more is not announced once the box is answered.
     QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
@@ -360,8 +364,8 @@ void test_android_link::detached_while_up()
     events.clear();
     reader->onDeviceDetached("abc");
     // Closing tells of the loss, and the slot tells again.
-    QCOMPARE(events,
-             (QStringList{"LED2 0, connected 1", "out null", "LED2 0, connected 0", "out null"}));
+    QCOMPARE(events, (QStringList{"LED2 0, connected 1", "out null, connected 1",
+                                  "LED2 0, connected 0", "out null, connected 0"}));
     QCOMPARE(ground->calls().last(), "-s abc forward --remove tcp:12345");
 }
 

@@ -62,6 +62,7 @@ private slots:
     void a_head_without_points();
     void refused_points_data();
     void refused_points();
+    void points_after_a_refused_head();
     void refused_points_keep_what_was_there();
     void as_many_points_as_a_frame_holds();
     void points_after_a_whole_measurement_repeat_it();
@@ -261,6 +262,8 @@ void test_binary_records::refused_head_data()
     QTest::newRow("mode 2") << head{.mode = 2}.frame() << "Invalid 0x2f measurement method: 2";
     QTest::newRow("mode 254") << head{.mode = 254}.frame()
                               << "Invalid 0x2f measurement method: 254";
+    QTest::newRow("length before zone")
+        << of_size(head{.timezone = 26}.data() + 'x') << "Invalid 0x2f frame length: 44";
     QTest::newRow("zone before kind") << head{.kind = 6, .timezone = 26}.frame()
                                       << "Invalid 0x2f parameter value, timezone: 26 price unit: 0";
     QTest::newRow("kind before mode")
@@ -432,6 +435,8 @@ void test_binary_records::refused_points_data()
                                << "Invalid 0x30 point count: 52 remaining: 60";
     QTest::newRow("61 of 60 points")
         << true << points(QList<point>(61)) << "Invalid 0x30 point count: 61 remaining: 60";
+    QTest::newRow("count before status") << true << points(QList<point>(52, {.status = 10}))
+                                         << "Invalid 0x30 point count: 52 remaining: 60";
     QTest::newRow("status 10") << true << points({{}, {.status = 10}})
                                << "Invalid 0x30 positioning status: 10";
     QTest::newRow("status 254") << true << points({{}, {.status = 254}})
@@ -454,6 +459,17 @@ void test_binary_records::refused_points()
     QVERIFY(reader->current_points.isEmpty());
     QVERIFY(reader->current_plain.isEmpty());
     QVERIFY(reader->current_lines.isEmpty());
+}
+
+/// The head has announced points and left no record to which they could belong.
+void test_binary_records::points_after_a_refused_head()
+{
+    const log_capture log;
+    QVERIFY(!taken(head{.mode = 2}.frame()));
+    QCOMPARE(reader->points_total, 2U);
+    QVERIFY(!taken(points({{}})));
+    QCOMPARE(log.texts().last(), "Invalid 0x30 frame, frame length: 31 data length: 24");
+    QCOMPARE(boxes, QList{bad_frame});
 }
 
 void test_binary_records::refused_points_keep_what_was_there()
@@ -502,6 +518,10 @@ void test_binary_records::another_mode_is_only_logged()
     QVERIFY(taken(head{.points = 1, .mode = 255}.frame()));
     QVERIFY(taken(points({{}}, 255)));
     QCOMPARE(log.texts().filter("does not match").size(), 1);
+    // It is told before a bad status is.
+    QVERIFY(taken(head{.points = 1, .mode = 255}.frame()));
+    QVERIFY(!taken(points({{.status = 10}}, 0x41)));
+    QCOMPARE(log.texts().filter("does not match").size(), 2);
 }
 
 void test_binary_records::statuses_data()

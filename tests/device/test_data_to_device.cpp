@@ -129,6 +129,8 @@ private:
     void add(const QString& method, const QString& lines, bool ticked = true);
     /// Runs an upload to its last box.
     void run_upload();
+    /// Whether all boxes so far were of the kind and title of what the user did wrong.
+    [[nodiscard]] bool only_warnings() const;
     [[nodiscard]] QList<QByteArray> serial_frames() const;
     [[nodiscard]] QList<QByteArray> android_frames() const;
 
@@ -209,6 +211,13 @@ void test_data_to_device::run_upload()
     QTRY_VERIFY_WITH_TIMEOUT(returned, 60000);
 }
 
+bool test_data_to_device::only_warnings() const
+{
+    return std::all_of(watcher->boxes.begin(), watcher->boxes.end(), [](const auto& box) {
+        return box.icon == QMessageBox::Warning && box.title == "警告";
+    });
+}
+
 QList<QByteArray> test_data_to_device::serial_frames() const
 {
     QList<QByteArray> frames;
@@ -260,10 +269,11 @@ void test_data_to_device::no_model()
 
 void test_data_to_device::no_channel()
 {
+    run_upload(); // whether anything is ticked or not
     add("面积", lines_of(1));
     run_upload();
-    QCOMPARE(watcher->boxes[0].title, "警告");
-    QCOMPARE(watcher->texts(), QStringList{"串口未连接"});
+    QVERIFY(only_warnings());
+    QCOMPARE(watcher->texts(), (QStringList{"串口未连接", "串口未连接"}));
     QVERIFY(log->has("[import] serial usable: false"));
     QVERIFY(log->has("[import] android usable: false"));
 }
@@ -298,6 +308,7 @@ void test_data_to_device::nothing_ticked()
     add("面积", lines_of(1), false);
     run_upload();
     QCOMPARE(watcher->texts(), (QStringList{"未勾选数据", "未勾选数据"}));
+    QVERIFY(only_warnings());
     QVERIFY(serial->requests().isEmpty());
 }
 
@@ -312,6 +323,7 @@ void test_data_to_device::ticked_beyond_the_lists()
     table_list.removeLast();
     run_upload();
     QCOMPARE(watcher->texts(), (QStringList{"勾选数据超出缓存范围", "勾选数据超出缓存范围"}));
+    QVERIFY(only_warnings());
     // A row beyond the lists that is not ticked does no harm.
     model.item(1, 0)->setData(false, Qt::EditRole);
     run_upload();
@@ -521,16 +533,17 @@ void test_data_to_device::mode_text_when_the_probe_is_not_answered()
     });
     add("面积", "126.65,45.75,141.60\n126.66,45.75,141.60\n");
     add("航点", "1,2,3\n");
+    table_list[1].name = "北地"; // goes out as UTF-8
     QElapsedTimer elapsed;
     elapsed.start();
     run_upload();
     QVERIFY(elapsed.elapsed() >= at_least);
     // Nothing is awaited: what was written counts as delivered.
     QCOMPARE(watcher->texts(), QStringList{succeeded});
-    const QByteArray text = "Mode:5,A:0,D:0,n:0,T:20240305070809,N:north\r\n"
-                            "126.65,45.75,141.60\r\n126.66,45.75,141.60;"
-                            "Mode:1,A:0,D:0,n:0,T:20240305070809,N:north\r\n1,2,3;";
-    QTRY_COMPARE(serial_frames().mid(1).join(), text);
+    const QString text = "Mode:5,A:0,D:0,n:0,T:20240305070809,N:north\r\n"
+                         "126.65,45.75,141.60\r\n126.66,45.75,141.60;"
+                         "Mode:1,A:0,D:0,n:0,T:20240305070809,N:北地\r\n1,2,3;";
+    QTRY_COMPARE(serial_frames().mid(1).join(), text.toUtf8());
     QVERIFY(log->has("legacy Mode will be sent: \"" + error + '"'));
     QVERIFY(log->has(QStringLiteral("[import] legacy Mode text chars=%1").arg(text.size())));
     QVERIFY(log->has(QStringLiteral("[import] send legacy Mode text chars=%1").arg(text.size())));
@@ -551,9 +564,13 @@ void test_data_to_device::an_unsupported_item_is_skipped()
     run_upload();
     QCOMPARE(watcher->texts(), QStringList{succeeded});
     QByteArray commands;
-    for (const QByteArray& frame : serial_frames())
+    QByteArray sequence;
+    for (const QByteArray& frame : serial_frames()) {
         commands += frame[1];
+        sequence += frame[3];
+    }
     QCOMPARE(commands.toHex(), QByteArray("2e313132"));
+    QCOMPARE(sequence.toHex(), QByteArray("00000102")); // it counts nevertheless
     QVERIFY(log->has("[import] device rejected record 1/2 as unsupported type, skipped"));
     QVERIFY(!log->has("[import] packet record 1/2 done"));
     QVERIFY(log->has("[import] packet record 2/2 done"));
@@ -873,8 +890,13 @@ void test_data_to_device::a_line_that_takes_nothing()
         return QByteArray();
     });
     add("面积", lines_of(20000));
+    QElapsedTimer elapsed;
+    elapsed.start();
     run_upload();
     *go = true;
+    QVERIFY(elapsed.elapsed() >= 1700); // 800 ms for the probe and 1000 ms for the block
+    QCOMPARE(watcher->boxes[0].icon, QMessageBox::Warning);
+    QCOMPARE(watcher->boxes[0].title, "上传");
     QCOMPARE(watcher->texts(), QStringList{"Mode方式上传失败：通道写入超时"});
     QVERIFY(!log->has("legacy Mode payload")); // too long to be logged
 }

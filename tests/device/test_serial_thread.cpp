@@ -86,6 +86,16 @@ QStringList of_kind(const QStringList& events, const QString& kind)
     return events.filter(QRegularExpression("^" + kind));
 }
 
+/// How many slots hear of bytes that `device` has received.
+int listeners(const QIODevice& device)
+{
+    struct opened : QIODevice
+    {
+        using QIODevice::receivers;
+    };
+    return (device.*&opened::receivers)(SIGNAL(readyRead()));
+}
+
 /// What the next calls of tcflush fail with, 0 for none, and what the last was to drop.
 std::atomic<int> flush_error = 0;
 std::atomic<int> flushed = -1;
@@ -143,6 +153,7 @@ private slots:
     void a_port_open_for_writing_only();
     void text_at_the_first_try();
     void line_end_before_the_first_record();
+    void a_line_end_alone_is_no_answer();
     void text_at_the_other_rate();
     void first_answer_that_is_no_record();
     void second_answer_counts_whatever_it_is();
@@ -151,6 +162,8 @@ private slots:
     void bad_probe_replies();
     void good_probe_replies_data();
     void good_probe_replies();
+    void a_probe_begins_with_everything_at_rest();
+    void device_type_and_sequence_are_not_read();
     void an_answered_probe_waits_no_longer();
     void an_export_to_its_end();
     void an_export_in_pieces();
@@ -185,6 +198,7 @@ private slots:
     void android_probe_waits_its_whole_time();
     void android_bytes_are_read_after_a_pause();
     void android_silence_leaves_the_read_open();
+    void a_read_anew_listens_once();
     void android_unexpected_frames_data();
     void android_unexpected_frames();
     void android_channel_lost_during_a_read();
@@ -511,6 +525,10 @@ void test_serial_thread::serial_errors_data()
     QTest::newRow("not found") << QSerialPort::DeviceNotFoundError << other("DeviceNotFoundError")
                                << false;
     QTest::newRow("read") << QSerialPort::ReadError << other("ReadError") << false;
+    QTest::newRow("open") << QSerialPort::OpenError << other("OpenError") << false;
+    QTest::newRow("not open") << QSerialPort::NotOpenError << other("NotOpenError") << false;
+    QTest::newRow("unsupported") << QSerialPort::UnsupportedOperationError
+                                 << other("UnsupportedOperationError") << false;
     QTest::newRow("write") << QSerialPort::WriteError << other("WriteError") << false;
     QTest::newRow("unknown") << QSerialPort::UnknownError << other("UnknownError") << false;
 }
@@ -580,8 +598,8 @@ void test_serial_thread::frames_are_sent_through_their_text()
     start();
     reader->send_hex("7E 0D 0A", false, {});
     QTRY_COMPARE(instrument->requests(), (QList<request>{{text_command, 115200}}));
-    QVERIFY(log->has("发送数据到"));
-    QVERIFY(log->has("长度: 3 内容: \"7E 0D 0A\""));
+    QVERIFY(log->texts().contains("发送数据到 \"" + reader->port->portName() +
+                                  "\" 长度: 3 内容: \"7E 0D 0A\""));
 
     log->clear();
     reader->send_hex(" ", false, probe);
@@ -675,6 +693,18 @@ void test_serial_thread::line_end_before_the_first_record()
     QCOMPARE(reader->table_list.size(), 1);
 }
 
+void test_serial_thread::a_line_end_alone_is_no_answer()
+{
+    start([](const request& asked) {
+        return asked.baud == 115200 ? QByteArray("\r\n") : text_record;
+    });
+    read();
+    QVERIFY(log->texts().contains("0"));
+    QCOMPARE(instrument->requests(),
+             (QList<request>{{text_command, 115200}, {text_command, 9600}}));
+    QCOMPARE(reader->table_list.size(), 1);
+}
+
 void test_serial_thread::text_at_the_other_rate()
 {
     start([](const request& asked) { return asked.baud == 9600 ? text_record : QByteArray(); });
@@ -759,6 +789,8 @@ void test_serial_thread::good_probe_replies_data()
     QTest::newRow("noise before") << "noiseZ" + reply(0, 0);
     QTest::newRow("longer") << frame::build_frame(
         0, 0, instrument_frames::token() + QByteArray(2, '\0') + "further");
+    QTest::newRow("any type and sequence")
+        << frame::build_frame(0, 0xA5, instrument_frames::token() + QByteArray(2, '\0'), 0x5A);
 }
 
 void test_serial_thread::good_probe_replies()
@@ -768,6 +800,44 @@ void test_serial_thread::good_probe_replies()
     read();
     QTRY_COMPARE(events.last(), read_succeeded);
     QCOMPARE(reader->device_token, instrument_frames::token());
+}
+
+/// What an earlier read has left open does not get into the next one.
+void test_serial_thread::a_probe_begins_with_everything_at_rest()
+{
+    const auto silent = std::make_shared<std::atomic<bool>>(false);
+    start([silent](const request& asked) {
+        return asked.bytes == probe && !*silent ? reply(0x00, 0) : QByteArray();
+    });
+    read();
+    QVERIFY(reader->export_active);
+    QVERIFY(instrument->say(head{}.frame().left(20)));
+    QTRY_COMPARE(reader->serial_rx_buffer.size(), 20);
+    reader->retry_count = 1;
+    QCOMPARE(listeners(*reader->port), 1);
+
+    *silent = true;
+    QCOMPARE(reader->serial_probe(), 1);
+    QVERIFY(!reader->export_active);
+    QVERIFY(!reader->export_timer->isActive());
+    QCOMPARE(reader->retry_count, 0);
+    QVERIFY(reader->serial_rx_buffer.isEmpty());
+    QCOMPARE(listeners(*reader->port), 0);
+}
+
+/// Of the instrument's frames, offsets 2 and 3.
+void test_serial_thread::device_type_and_sequence_are_not_read()
+{
+    QList<QByteArray> frames = one_measurement();
+    for (QByteArray& frame : frames) {
+        frame[2] = '\x5A';
+        frame[3] = '\xA5';
+        frame.back() = static_cast<char>(frame::crc8(QByteArrayView(frame).chopped(1)));
+    }
+    start(binary_script(frames));
+    read();
+    QTRY_COMPARE(events.last(), read_succeeded);
+    QCOMPARE(reader->point_msg_all.size(), 1);
 }
 
 void test_serial_thread::an_answered_probe_waits_no_longer()
@@ -825,6 +895,7 @@ void test_serial_thread::an_export_to_its_end()
 
     // Nothing listens to the port any more.
     const qsizetype count = events.size();
+    QCOMPARE(listeners(*reader->port), 0);
     QVERIFY(instrument->say(reply(0x2D, 0)));
     QTRY_COMPARE(reader->port->bytesAvailable(), 13);
     QCOMPARE(events.size(), count);
@@ -887,8 +958,15 @@ void test_serial_thread::frames_that_end_an_export()
     QFETCH(QByteArray, frame);
     QFETCH(QString, box);
     start(binary_script({frame}));
+    // Who hears of the end may begin anew.
+    bool at_rest = false;
+    connect(reader.get(), &serial_thread::button_control, this, [this, &at_rest] {
+        at_rest = !reader->export_active && !reader->export_timer->isActive() &&
+                  reader->serial_rx_buffer.isEmpty() && listeners(*reader->port) == 0;
+    });
     read();
     QTRY_COMPARE(events.last(), box);
+    QVERIFY(at_rest);
     QCOMPARE(events.mid(3),
              (QStringList{"button 1", box == read_succeeded ? "progress 100" : "progress 0", box}));
     QVERIFY(reader->serial_rx_buffer.isEmpty());
@@ -1187,10 +1265,18 @@ void test_serial_thread::a_write_that_takes_too_long()
         ;
     QVERIFY(reader->port->bytesToWrite() > 0);
     log->clear();
-    reader->send_hex("7E 0D 0A", false, {});
-    QVERIFY(log->texts().last().startsWith("[Worker] 写入超时: \""));
+    reader->export_active = true;
+    QElapsedTimer elapsed;
+    elapsed.start();
+    reader->send_export_request();
+    QVERIFY(elapsed.elapsed() >= 900);
+    QCOMPARE(log->texts().last(), "[Worker] 写入超时: \"" + reader->port->portName() + "\"");
     QCOMPARE(log->lines().last().type, QtWarningMsg);
+    // The read goes on, until its own time-out.
     QVERIFY(reader->port->isOpen());
+    QVERIFY(reader->export_active);
+    QVERIFY(reader->export_timer->isActive());
+    QVERIFY(events.isEmpty());
     reader->port->clear();
 }
 
@@ -1339,6 +1425,23 @@ void test_serial_thread::android_silence_leaves_the_read_open()
     // However late, an answer is taken.
     android->write(reply(0x2D, 0));
     QTRY_COMPARE(events.last(), read_succeeded);
+}
+
+void test_serial_thread::a_read_anew_listens_once()
+{
+    start_android(
+        [](const QByteArray& asked) { return asked == probe ? reply(0, 0) : QByteArray(); });
+    read();
+    QTRY_COMPARE(android_requests.size(), 2);
+    {
+        // While the first read is open; it does not take the answer away.
+        const QSignalBlocker quiet(reader->channel->socket);
+        QCOMPARE(reader->android_probe(), 0);
+    }
+    QCOMPARE(listeners(*reader->channel->socket), 1);
+    android->write(reply(0x2D, 0));
+    QTRY_COMPARE(events.last(), read_succeeded);
+    QCOMPARE(listeners(*reader->channel->socket), 0);
 }
 
 void test_serial_thread::android_unexpected_frames_data()

@@ -80,6 +80,8 @@ private slots:
     void all_times_of_four_digits();
     void records_that_are_there_already_data();
     void records_that_are_there_already();
+    void parsers_data();
+    void parsers();
     void records_that_differ_in_one_thing_data();
     void records_that_differ_in_one_thing();
     void comparing_stops_at_the_shorter_list();
@@ -455,7 +457,7 @@ void test_text_records::unknown_formats()
     QFETCH(QString, text);
     reader->parse_record(text);
     QCOMPARE(log->texts().size(), 2);
-    QVERIFY(log->texts().last().startsWith("Unknown format:  \""));
+    QCOMPARE(log->texts().last(), "Unknown format:  " + log->texts().first());
     QVERIFY(reader->table_list.isEmpty());
 }
 
@@ -619,6 +621,43 @@ void test_text_records::records_that_are_there_already()
     QCOMPARE(reader->data_msg_altitude.size(), 1);
     QCOMPARE(reader->point_msg_all.size(), 1);
     QCOMPARE(log->texts().contains("table_list has this data!"), says_so);
+}
+
+void test_text_records::parsers_data()
+{
+    using parser = int (serial_thread::*)(const QRegularExpression&, const QRegularExpression&,
+                                          const QString&);
+    QTest::addColumn<parser>("parse");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("area") << &serial_thread::parse_area_record << long_area + long_point;
+    QTest::newRow("distance") << &serial_thread::parse_distance_record
+                              << long_distance + long_point;
+    QTest::newRow("waypoint") << &serial_thread::parse_waypoint_record
+                              << short_head("p1,p2") + short_point;
+    QTest::newRow("route") << &serial_thread::parse_route_record << long_route + long_point;
+    QTest::newRow("track") << &serial_thread::parse_track_record << long_track + long_point;
+    QTest::newRow("staking-out") << &serial_thread::parse_staking_record
+                                 << long_staking + long_point;
+}
+
+/// 0 for a record that was added, 1 for one that is there already or no record.
+void test_text_records::parsers()
+{
+    using parser = int (serial_thread::*)(const QRegularExpression&, const QRegularExpression&,
+                                          const QString&);
+    QFETCH(parser, parse);
+    QFETCH(QString, text);
+    const auto recognised = text_records::recognise(text);
+    QVERIFY(recognised.has_value());
+    const auto result_of = [&](const QString& record) {
+        return (reader.get()->*parse)(recognised->record_pattern, recognised->point_pattern,
+                                      record);
+    };
+    QCOMPARE(result_of(QString(text).replace("t2024", "t20x4")), 1);
+    QCOMPARE(result_of(text), 0);
+    QCOMPARE(reader->table_list.size(), 1);
+    QCOMPARE(result_of(text), 1);
+    QCOMPARE(reader->table_list.size(), 1);
 }
 
 void test_text_records::records_that_differ_in_one_thing_data()

@@ -247,6 +247,10 @@ void test_upload_records::points()
     const QList<UploadPoint> expected{
         {1266500000, 457500000, 14160}, {-1800000000, 900000000, 0}, {10000000, 20000000, 300}};
     QCOMPARE(out, expected);
+    // The bounds themselves.
+    QVERIFY(parse_upload_points("180,-90,21474836\n-180,90,-21474836", out, error));
+    QCOMPARE(out, (QList<UploadPoint>{{1800000000, -900000000, 2147483600},
+                                      {-1800000000, 900000000, -2147483600}}));
 }
 
 void test_upload_records::bad_points_data()
@@ -267,8 +271,14 @@ void test_upload_records::bad_points_data()
                                << "第1个点经纬度或高程超限";
     QTest::newRow("latitude") << "180,90,3\n1,-90.1,3"
                               << "第2个点经纬度或高程超限";
+    QTest::newRow("longitude below") << "-180.0000001,2,3\n"
+                                     << "第1个点经纬度或高程超限";
+    QTest::newRow("latitude above") << "1,90.0000001,3"
+                                    << "第1个点经纬度或高程超限";
     QTest::newRow("altitude") << "1,2,21474836.1"
                               << "第1个点经纬度或高程超限";
+    QTest::newRow("altitude below") << "1,2,-21474836.1"
+                                    << "第1个点经纬度或高程超限";
     QTest::newRow("no number") << "1,2,x"
                                << "第1个点经纬度或高程超限";
 }
