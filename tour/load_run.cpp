@@ -9,6 +9,7 @@
 #include <QDeadlineTimer>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPointer>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QThread>
@@ -212,18 +213,9 @@ void load_run::delete_all()
     m_own.clear();
 }
 
-/// Closes a window by the button of its title bar.
 void load_run::close(const char* class_name)
 {
-    constexpr int to_the_middle = 11; // pixels of the close button, in the upper right corner
-    m_at.click(m_at.see([class_name] {
-        const QWidget* const one = window_of(class_name);
-        return one == nullptr
-                   ? QPoint()
-                   : one->frameGeometry().topRight() + QPoint(-to_the_middle, to_the_middle);
-    }));
-    m_at.wait_for(QStringLiteral("%1 closed").arg(QLatin1String(class_name)),
-                  [class_name] { return window_of(class_name) == nullptr; });
+    m_at.close(m_at.see([class_name] { return QPointer(window_of(class_name)); }));
 }
 
 QList<mark> load_run::ticked_marks()

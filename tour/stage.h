@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QPoint>
+#include <QPointer>
 #include <QRect>
 #include <QString>
 
@@ -68,7 +69,9 @@ public:
     void click_in_front(const QString& widget_name) const;
     /// Waits for a dialog of that class in front.
     void wait_for_dialog(const QString& class_name) const;
-    /// Closes the dialog in front by the button of its title bar.
+    /// Closes a window by the button of its title bar.
+    void close(const QPointer<QWidget>& one) const;
+    /// Closes the dialog in front likewise.
     void close_dialog() const;
     void type(const QString& text) const;
     /// Replaces the text of a field.
