@@ -69,6 +69,10 @@ public:
     void click_in_front(const QString& widget_name) const;
     /// Waits for a dialog of that class in front.
     void wait_for_dialog(const QString& class_name) const;
+    /// Clicks what may still be on its way to its place, and again if it is not done
+    /// some seconds later.
+    void click_until(const QString& what, const std::function<QPoint()>& place,
+                     const std::function<bool()>& done) const;
     /// Closes a window by the button of its title bar.
     void close(const QPointer<QWidget>& one) const;
     /// Closes the dialog in front likewise.
