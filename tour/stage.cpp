@@ -140,15 +140,34 @@ void stage::wait_for_dialog(const QString& class_name) const
     QThread::msleep(300); // until the window manager has placed and decorated it
 }
 
+void stage::click_until(const QString& what, const std::function<QPoint()>& place,
+                        const std::function<bool()>& done) const
+{
+    // On a busy machine the window manager may still be placing a window when it is
+    // clicked.
+    constexpr int attempts = 3;
+    for (int i = 0; i < attempts; ++i) {
+        const QPoint at = see([&] { return done() ? QPoint() : place(); });
+        if (!at.isNull())
+            click(at);
+        if (comes_true(done, 2000))
+            return;
+    }
+    throw step_failed(QStringLiteral("clicked in vain: %1").arg(what));
+}
+
+void stage::close(const QPointer<QWidget>& one) const
+{
+    constexpr int to_the_middle = 11; // pixels of the close button, in the upper right corner
+    click_until(
+        QStringLiteral("the window closed"),
+        [&one] { return one->frameGeometry().topRight() + QPoint(-to_the_middle, to_the_middle); },
+        [&one] { return one.isNull() || !one->isVisible(); });
+}
+
 void stage::close_dialog() const
 {
-    const QPointer<QWidget> open = see([] { return QPointer(in_front()); });
-    const QRect frame = see([] { return in_front()->frameGeometry(); });
-    constexpr int to_the_middle = 11; // pixels of the close button, in the upper right corner
-    click(frame.topRight() + QPoint(-to_the_middle, to_the_middle));
-    wait_for(
-        QStringLiteral("the dialog closed"), [&] { return open.isNull() || in_front() != open; },
-        5000);
+    close(see([] { return QPointer(in_front()); }));
 }
 
 void stage::type(const QString& text) const
@@ -270,13 +289,14 @@ void stage::answer_box(int standard_button) const
 {
     // The next box may take the place of this one in memory.
     const QPointer<QMessageBox> open = see([] { return QPointer(box()); });
-    click(see([&] {
-        const QAbstractButton* button =
-            box()->button(static_cast<QMessageBox::StandardButton>(standard_button));
-        return button == nullptr ? QPoint() : button->mapToGlobal(button->rect().center());
-    }));
-    wait_for(
-        QStringLiteral("the box closed"), [&] { return open.isNull() || box() != open; }, 5000);
+    click_until(
+        QStringLiteral("the box closed"),
+        [&] {
+            const QAbstractButton* button =
+                open->button(static_cast<QMessageBox::StandardButton>(standard_button));
+            return button == nullptr ? QPoint() : button->mapToGlobal(button->rect().center());
+        },
+        [&open] { return open.isNull() || box() != open; });
 }
 
 void stage::give_path(const QString& path) const

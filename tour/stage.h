@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QPoint>
+#include <QPointer>
 #include <QRect>
 #include <QString>
 
@@ -68,7 +69,13 @@ public:
     void click_in_front(const QString& widget_name) const;
     /// Waits for a dialog of that class in front.
     void wait_for_dialog(const QString& class_name) const;
-    /// Closes the dialog in front by the button of its title bar.
+    /// Clicks what may still be on its way to its place, and again if it is not done
+    /// some seconds later.
+    void click_until(const QString& what, const std::function<QPoint()>& place,
+                     const std::function<bool()>& done) const;
+    /// Closes a window by the button of its title bar.
+    void close(const QPointer<QWidget>& one) const;
+    /// Closes the dialog in front likewise.
     void close_dialog() const;
     void type(const QString& text) const;
     /// Replaces the text of a field.
