@@ -336,6 +336,21 @@ void stage::set_network(bool reached) const
     in_gui_thread([&] { m_tiles.open = reached; });
 }
 
+void stage::wait_for_screen(const QString& widget_name) const
+{
+    wait_for(QStringLiteral("%1 on the screen as it is").arg(widget_name), [&] {
+        QWidget* const shown = widget(widget_name);
+        const QPoint place = shown->mapToGlobal(QPoint());
+        const QImage screen =
+            QApplication::primaryScreen()
+                ->grabWindow(0, place.x(), place.y(), shown->width(), shown->height())
+                .toImage();
+        const QImage itself = shown->grab().toImage();
+        return screen.convertToFormat(QImage::Format_RGB32) ==
+               itself.convertToFormat(QImage::Format_RGB32);
+    });
+}
+
 void stage::take_picture(const QString& name) const
 {
     const QString path = m_folder + QLatin1Char('/') + name + QStringLiteral(".png");

@@ -100,6 +100,8 @@ public:
     /// Lets the map providers be reached, or not.
     void set_network(bool reached) const;
 
+    /// Waits until the screen shows what the widget would draw now.
+    void wait_for_screen(const QString& widget_name) const;
     /// Saves the whole screen as NAME.png in the picture folder. The text "in front"
     /// of the file says where the window in front is, as WIDTHxHEIGHT+X+Y.
     void take_picture(const QString& name) const;

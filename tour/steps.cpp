@@ -116,6 +116,7 @@ void switch_to_english(const stage& at)
                 [] { return text_of("label_tablist") == QStringLiteral("Data List"); });
     check(at.see([] { return text_of("label_serial"); }) == QStringLiteral("connect"),
           QStringLiteral("the connection text did not follow"));
+    at.wait_for_screen(QStringLiteral("menuBar"));
     at.take_picture(QStringLiteral("04-english"));
     say(QStringLiteral("  the window speaks English"));
 }
