@@ -11,6 +11,7 @@
 #include <QPixmap>
 #include <QProgressBar>
 #include <QRandomGenerator>
+#include <QTextEdit>
 #include <QThread>
 
 namespace {
@@ -98,6 +99,12 @@ void print_the_drawing(const stage& at, const QString& folder, const QString& la
 {
     at.click(QStringLiteral("print"));
     at.wait_for_dialog(QStringLiteral("print"));
+    at.wait_for(QStringLiteral("a page without its cursor, which blinks as high as the drawing"),
+                [] {
+                    auto* const page = stage::in_front()->findChild<QTextEdit*>();
+                    page->setCursorWidth(0);
+                    return true;
+                });
     at.take_picture("print-" + language);
 
     at.click_in_front(QStringLiteral("pushButton_view"));
