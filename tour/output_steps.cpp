@@ -103,8 +103,10 @@ void print_the_drawing(const stage& at, const QString& folder, const QString& la
                 [] {
                     auto* const page = stage::in_front()->findChild<QTextEdit*>();
                     page->setCursorWidth(0);
+                    page->viewport()->update();
                     return true;
                 });
+    QThread::msleep(200);
     at.take_picture("print-" + language);
 
     at.click_in_front(QStringLiteral("pushButton_view"));
