@@ -171,6 +171,7 @@ void upgrade_firmware(const stage& at, const QString& folder, const QString& lan
     });
     at.take_picture("firmware-transfer-" + language);
     const QString text = at.wait_for_box(QStringLiteral("升级"), 120'000);
+    QThread::msleep(200); // until the box is painted
     at.take_picture("firmware-done-" + language);
     check(text == QStringLiteral("设备升级成功"), text);
     at.answer_box(QMessageBox::Ok);
