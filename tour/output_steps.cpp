@@ -11,6 +11,7 @@
 #include <QPixmap>
 #include <QProgressBar>
 #include <QRandomGenerator>
+#include <QTextEdit>
 #include <QThread>
 
 namespace {
@@ -98,6 +99,14 @@ void print_the_drawing(const stage& at, const QString& folder, const QString& la
 {
     at.click(QStringLiteral("print"));
     at.wait_for_dialog(QStringLiteral("print"));
+    at.wait_for(QStringLiteral("a page without its cursor, which blinks as high as the drawing"),
+                [] {
+                    auto* const page = stage::in_front()->findChild<QTextEdit*>();
+                    page->setCursorWidth(0);
+                    page->viewport()->update();
+                    return true;
+                });
+    QThread::msleep(200);
     at.take_picture("print-" + language);
 
     at.click_in_front(QStringLiteral("pushButton_view"));
@@ -162,6 +171,7 @@ void upgrade_firmware(const stage& at, const QString& folder, const QString& lan
     });
     at.take_picture("firmware-transfer-" + language);
     const QString text = at.wait_for_box(QStringLiteral("升级"), 120'000);
+    QThread::msleep(200); // until the box is painted
     at.take_picture("firmware-done-" + language);
     check(text == QStringLiteral("设备升级成功"), text);
     at.answer_box(QMessageBox::Ok);

@@ -31,6 +31,7 @@
 #include <functional>
 #include <initializer_list>
 #include <iterator>
+#include <span>
 
 namespace {
 
@@ -588,19 +589,27 @@ void enter_pair(const stage& at, const cartesian_position& source)
     at.click(QStringLiteral("pushButton_4"));
 }
 
-void calibrate(const stage& at)
+/// Opens the calibration and fills it in: the point is 1.75 m further east than
+/// computed, and 1.25 m further south.
+void fill_calibration(const stage& at, const QString& title, const QString& picture)
 {
     at.click(QStringLiteral("pushButton_3"));
-    at.wait_for_form(QStringLiteral("坐标校准"));
-    at.fill(QStringLiteral("lineEdit"), QStringLiteral("3374210.40"));
-    at.fill(QStringLiteral("lineEdit_2"), QStringLiteral("528811.75"));
-    at.fill(QStringLiteral("lineEdit_3"), QStringLiteral("3374212.15"));
-    at.fill(QStringLiteral("lineEdit_4"), QStringLiteral("528810.50"));
+    at.wait_for_form(title);
+    at.fill(QStringLiteral("lineEdit"), QStringLiteral("528811.75"));
+    at.fill(QStringLiteral("lineEdit_2"), QStringLiteral("3374210.40"));
+    at.fill(QStringLiteral("lineEdit_3"), QStringLiteral("528813.50"));
+    at.fill(QStringLiteral("lineEdit_4"), QStringLiteral("3374209.15"));
     at.wait_for(QStringLiteral("the differences"), [] {
         return text_of("label_dx") == QStringLiteral("1.75") &&
                text_of("label_dy") == QStringLiteral("-1.25");
     });
-    take_picture_of_form(at, QStringLiteral("coordinates-zh-3-calibration"));
+    take_picture_of_form(at, picture);
+}
+
+void calibrate(const stage& at)
+{
+    fill_calibration(at, QStringLiteral("坐标校准"),
+                     QStringLiteral("coordinates-zh-3-calibration"));
     at.click(QStringLiteral("pushButton"));
     at.wait_for_form(QStringLiteral("坐标系统"));
     check(at.see([] { return field("east") + u' ' + field("north"); }) ==
@@ -609,20 +618,28 @@ void calibrate(const stage& at)
     say(QStringLiteral("  calibrated: east 500001.75, north -1.25"));
 }
 
-void calculate(const stage& at)
+/// Six towns far apart, so that the parameters themselves come back.
+constexpr cartesian_position towns[] = {
+    {-2178000.0, 4389000.0, 4070000.0}, {-2333000.0, 5407000.0, 2436000.0},
+    {228000.0, 4640000.0, 4358000.0},   {-2678000.0, 3621000.0, 4502000.0},
+    {-106000.0, 5552000.0, 3124000.0},  {-2850000.0, 4657000.0, 3283000.0}};
+
+/// Opens the list of pairs and enters as many of the towns.
+void fill_pairs(const stage& at, const QString& title, std::size_t count, const QString& picture)
 {
-    // Six towns far apart, so that the parameters themselves come back.
-    static constexpr cartesian_position towns[] = {
-        {-2178000.0, 4389000.0, 4070000.0}, {-2333000.0, 5407000.0, 2436000.0},
-        {228000.0, 4640000.0, 4358000.0},   {-2678000.0, 3621000.0, 4502000.0},
-        {-106000.0, 5552000.0, 3124000.0},  {-2850000.0, 4657000.0, 3283000.0}};
     at.click(QStringLiteral("pushButton_4"));
-    at.wait_for_form(QStringLiteral("七参数"));
+    at.wait_for_form(title);
     at.click(QStringLiteral("radioButton_2"));
     at.click(QStringLiteral("radioButton_4"));
-    for (const cartesian_position& town : towns)
+    for (const cartesian_position& town : std::span(towns).first(count))
         enter_pair(at, town);
-    take_picture_of_form(at, QStringLiteral("coordinates-zh-4-pairs"));
+    take_picture_of_form(at, picture);
+}
+
+void calculate(const stage& at)
+{
+    fill_pairs(at, QStringLiteral("七参数"), std::size(towns),
+               QStringLiteral("coordinates-zh-4-pairs"));
     at.click(QStringLiteral("pushButton"));
     const QString text = at.wait_for_box(QStringLiteral("成功"));
     take_picture_of_form(at, QStringLiteral("coordinates-zh-5-parameters"));
@@ -688,21 +705,24 @@ void manage_coordinate_systems(const stage& at)
     });
     take_picture_of_form(at, QStringLiteral("coordinates-en-1-settings"));
 
+    open_editor(at, "pushButton_6");
+    at.fill(QStringLiteral("sys_name"), QStringLiteral("Field 8"));
+    at.click(QStringLiteral("radioButton"));
+    take_picture_of_form(at, QStringLiteral("coordinates-en-8-new"));
+    at.press(QStringLiteral("Escape"));
+    at.wait_for_form(QStringLiteral("Coordinate Setting"));
+    check(at.see(systems) == 5, QStringLiteral("a system was made that was not confirmed"));
+
     open_editor(at, "pushButton_4");
     check(at.see([] { return field("center_3"); }) == QStringLiteral("1800.0000"),
           QStringLiteral("half a degree does not stand in the seconds"));
     at.fill(QStringLiteral("tall"), QStringLiteral("35.5"));
     take_picture_of_form(at, QStringLiteral("coordinates-en-2-edit"));
-    at.click(QStringLiteral("pushButton_3"));
-    at.wait_for_form(QStringLiteral("Plane Calibration"));
-    take_picture_of_form(at, QStringLiteral("coordinates-en-3-calibration"));
+    fill_calibration(at, QStringLiteral("Plane Calibration"),
+                     QStringLiteral("coordinates-en-3-calibration"));
     at.press(QStringLiteral("Escape"));
     at.wait_for_form(QStringLiteral("Coordinate System"));
-    at.click(QStringLiteral("pushButton_4"));
-    at.wait_for_form(QStringLiteral("7 Parameter"));
-    for (int i = 0; i < 3; ++i)
-        at.click(QStringLiteral("pushButton_3"));
-    take_picture_of_form(at, QStringLiteral("coordinates-en-4-pairs"));
+    fill_pairs(at, QStringLiteral("7 Parameter"), 3, QStringLiteral("coordinates-en-4-pairs"));
     at.click(QStringLiteral("pushButton"));
     say(QStringLiteral("  three pairs: ") + at.wait_for_box(QStringLiteral("Calculation")));
     take_picture_of_form(at, QStringLiteral("coordinates-en-5-too-few"));
@@ -781,6 +801,8 @@ void walk(const QString& folder, local_server& tiles, cable& usb)
         {"look at three window sizes, English",
          [](const stage& at) { look_at_sizes(at, QStringLiteral("en")); }},
         {"tick all rows", tick_all},
+        {"edit a name", edit_a_name},
+        {"delete one row", delete_one_row}, // from here on the headings are English
         {"look at the maps, English",
          [](const stage& at) {
              look_at_maps(at, QStringLiteral("Setting"), QStringLiteral("en"),
@@ -790,8 +812,6 @@ void walk(const QString& folder, local_server& tiles, cable& usb)
         {"save pictures, print, upgrade the firmware, English",
          [&](const stage& at) { look_at_output(at, folder, QStringLiteral("en")); }},
         {"export and import files, English", export_and_import_in_english},
-        {"edit a name", edit_a_name},
-        {"delete one row", delete_one_row},
         {"look at boxes and drawing", look_at_boxes},
         {"edit and delete a coordinate system, English", manage_coordinate_systems},
         {"delete all rows", delete_all_rows},
