@@ -56,6 +56,8 @@
 #include <QWebEngineView>
 #include <QWindow>
 
+#include <type_traits>
+
 using pairs = QList<std::pair<int, int>>;
 
 class page_recorder
@@ -239,6 +241,11 @@ void test_main_window::opens_as_designed()
     QCOMPARE(m_window->language, 0);
     QCOMPARE(m_window->map_shown, 1);
     QCOMPARE(m_window->frame_shown, 1);
+    static_assert(std::is_same_v<decltype(MainWindow::language), qint32> &&
+                  std::is_same_v<decltype(MainWindow::map_shown), qint32> &&
+                  std::is_same_v<decltype(MainWindow::mode_flag), qint32> &&
+                  std::is_same_v<decltype(MainWindow::sys_index), qint32> &&
+                  std::is_same_v<decltype(MainWindow::frame_shown), qint32>);
     QCOMPARE(m_ui->label_serial->text(), QStringLiteral("未连接"));
     QCOMPARE(m_ui->label_tablist->text(), QStringLiteral("数据列表"));
     QCOMPARE(m_ui->groupBox->title(), QStringLiteral(" 条目信息"));

@@ -8,6 +8,7 @@
 #include <QTest>
 
 #include <cmath>
+#include <type_traits>
 
 using namespace Qt::StringLiterals;
 
@@ -168,6 +169,7 @@ void test_graphic_widget::equals_the_plain_drawing()
 
 void test_graphic_widget::nothing_ticked_is_white()
 {
+    static_assert(std::is_same_v<decltype(graphic_widget::frame_shown), qint32>);
     QVERIFY(ink(drawn({})).isEmpty());
     // A pair without a measurement changes nothing.
     QVERIFY(ink(drawn({{}, {{0, 4}}})).isEmpty());
