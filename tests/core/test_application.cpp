@@ -21,6 +21,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMetaMethod>
+#include <QMutex>
 #include <QPushButton>
 #include <QSerialPort>
 #include <QSignalSpy>
@@ -41,6 +42,7 @@ private slots:
     void objects_are_made_in_their_order();
     void workers_share_the_serial_port();
     void workers_log_their_labels_and_end();
+    void workers_inherit_their_priority();
     void everything_lives_in_one_thread();
     void arguments_are_known_to_the_meta_objects();
     void an_emit_returns_after_the_tables_are_rebuilt();
@@ -52,6 +54,7 @@ private slots:
 private:
     application_objects m_objects{};
     QStringList m_start_lines;
+    QList<QThread::Priority> m_priorities; ///< of the workers' threads as they ran
     QList<QObject*> m_made; ///< all objects of this thread, in the order of their making
 };
 
@@ -65,6 +68,20 @@ namespace {
 constexpr int add_object_hook = 3;
 
 QList<QObject*> made_here;
+
+/// The priority with which each thread was started that logs.
+QList<QThread::Priority> priorities_here;
+QMutex priorities_lock;
+QtMessageHandler handler_before = nullptr;
+
+void note_priority(QtMsgType type, const QMessageLogContext& context, const QString& text)
+{
+    if (text.contains(" ID: ")) {
+        const QMutexLocker lock(&priorities_lock);
+        priorities_here.append(QThread::currentThread()->priority());
+    }
+    handler_before(type, context, text);
+}
 
 void note_object(QObject* one)
 {
@@ -80,6 +97,7 @@ void test_application::initTestCase()
     qputenv("PATH", ""); // no adb: nothing outside this process takes part
     install_default_font();
     const log_capture log;
+    handler_before = qInstallMessageHandler(note_priority);
     note_object(nullptr); // from this thread
     qtHookData[add_object_hook] = reinterpret_cast<quintptr>(&note_object);
     m_objects = make_application_objects();
@@ -91,7 +109,9 @@ void test_application::initTestCase()
           static_cast<QThread*>(m_objects.upload), static_cast<QThread*>(m_objects.software),
           static_cast<QThread*>(m_objects.firmware)})
         QVERIFY(worker->wait(10'000));
+    qInstallMessageHandler(handler_before);
     m_start_lines = log.texts();
+    m_priorities = priorities_here;
 }
 
 void test_application::font_is_the_default_one()
@@ -150,6 +170,11 @@ void test_application::workers_log_their_labels_and_end()
     // These two are declared only.
     QCOMPARE(lines_with("table_display ID:"), 0);
     QCOMPARE(lines_with("other_information ID:"), 0);
+}
+
+void test_application::workers_inherit_their_priority()
+{
+    QCOMPARE(m_priorities, QList<QThread::Priority>(7, QThread::InheritPriority));
 }
 
 void test_application::everything_lives_in_one_thread()
@@ -334,8 +359,10 @@ void test_application::all_connections_stand_once()
     row(54, o.firmware, &hardware_upgrade::updata_progress, o.key,
         &thread_key::recv_updata_progress_from_hardware_upgrade_thread);
     QCOMPARE(rows, 54);
-    // Nothing else is joined: the hub and the workers have no connection left.
-    for (QObject* one : {static_cast<QObject*>(o.key), static_cast<QObject*>(o.import),
+    // Nothing else is joined: the hub, the window and the workers have no connection
+    // left.
+    for (QObject* one : {static_cast<QObject*>(o.key), static_cast<QObject*>(o.window),
+                         static_cast<QObject*>(o.serial), static_cast<QObject*>(o.import),
                          static_cast<QObject*>(o.exporter), static_cast<QObject*>(o.upload),
                          static_cast<QObject*>(o.software), static_cast<QObject*>(o.firmware)}) {
         const QMetaObject* meta = one->metaObject();

@@ -370,6 +370,9 @@ void test_code_tables::modes_outside_the_table()
         QCOMPARE(mode_text_to_code(text), "0");
     QCOMPARE(mode_device_to_code(255), "0");
     QCOMPARE(mode_device_to_code(0x02), "");
+    // A mode's code is parsed, where a currency's is compared.
+    QCOMPARE(int(mode_code_to_device(" 03 ")), 0x12);
+    QCOMPARE(int(currency_code_to_device(" 03 ")), 255);
 }
 
 void test_code_tables::every_device_byte_reads_as_one_code()

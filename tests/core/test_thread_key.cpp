@@ -1,6 +1,7 @@
 #include "coordinates/json_file_manager.h"
 #include "core/thread_key.h"
 #include "presentation/graphic_widget.h"
+#include "presentation/other_information.h"
 #include "support/log_capture.h"
 
 #include <QDesktopServices>
@@ -257,6 +258,7 @@ private slots:
     void totals_of_nothing_ticked();
     void totals_keep_six_digits_and_whole_metres();
     void totals_are_translated();
+    void the_class_that_is_not_made_has_the_same_signal();
 
     void ticks_are_shown_values_and_edits();
 
@@ -1013,6 +1015,15 @@ void test_thread_key::totals_are_translated()
     QCOMPARE(std::get<5>(information.calls.at(0)), "0 records");
     QCOMPARE(std::get<4>(information.calls.at(1)), "1 points");
     QCOMPARE(std::get<5>(information.calls.at(1)), "1 records");
+}
+
+void test_thread_key::the_class_that_is_not_made_has_the_same_signal()
+{
+    for (const QMetaObject* meta :
+         {&thread_key::staticMetaObject, &other_information::staticMetaObject})
+        QVERIFY2(meta->indexOfSignal("information(QString,QString,QString,QString,QString,QString,"
+                                     "QList<widgetData>)") >= 0,
+                 meta->className());
 }
 
 // Forwarding

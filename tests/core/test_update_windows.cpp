@@ -134,6 +134,7 @@ void test_update_windows::cleanup()
     }
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     m_taken.reset();
+    m_window->language = 0;
 }
 
 void test_update_windows::print_shows_the_drawing_data()
@@ -167,13 +168,16 @@ void test_update_windows::print_shows_the_drawing()
 void test_update_windows::the_check_is_made_when_the_window_opens_data()
 {
     QTest::addColumn<bool>("by_menu");
-    QTest::newRow("the button") << false;
-    QTest::newRow("the menu") << true;
+    QTest::addColumn<int>("language");
+    QTest::newRow("the button") << false << 0;
+    QTest::newRow("the menu, English") << true << 1;
 }
 
 void test_update_windows::the_check_is_made_when_the_window_opens()
 {
     QFETCH(bool, by_menu);
+    QFETCH(int, language);
+    m_window->language = language;
     m_server->answers["/software_update.json"] = {
         .body = R"({"VerisonObj":{"LatestVersion":"V3.2.3"}})"};
     QSignalSpy asked(m_window, &MainWindow::send_btm_sign_to_threadkey_software_upgrade);
@@ -190,9 +194,9 @@ void test_update_windows::the_check_is_made_when_the_window_opens()
     QPointer<updateForm> form = open_form<updateForm>();
     QVERIFY(form != nullptr);
     QCOMPARE(form->windowModality(), Qt::ApplicationModal);
-    QCOMPARE(form->language, m_window->language);
+    QCOMPARE(form->language, language);
     QCOMPARE(asked.size(), 1);
-    QCOMPARE(asked[0], (QVariantList{"V3.2.3", m_window->language}));
+    QCOMPARE(asked[0], (QVariantList{"V3.2.3", language}));
     QVERIFY(shown_by_then);
     disconnect(looked);
     QTRY_COMPARE_WITH_TIMEOUT(watcher.boxes.size(), 1, patience_ms);
@@ -239,7 +243,6 @@ void test_update_windows::the_firmware_window_follows_the_language()
         form->close();
         QTRY_VERIFY(open_form<hardwareupdata>() == nullptr);
     }
-    m_window->language = 0;
 }
 
 void test_update_windows::an_image_is_chosen_from_the_list()

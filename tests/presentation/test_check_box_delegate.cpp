@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QImage>
 #include <QKeyEvent>
+#include <QMetaMethod>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QRegularExpression>
@@ -61,6 +62,7 @@ private slots:
     void writes_emits_and_writes_again();
     void tells_the_success_and_not_the_tick();
     void tells_a_failure();
+    void its_signal_is_all_that_it_adds();
     void space_ticks_all_that_is_selected();
     void other_columns_are_the_base_class_data();
     void other_columns_are_the_base_class();
@@ -210,6 +212,17 @@ void test_check_box_delegate::tells_a_failure()
     QVERIFY(!delegate.editorEvent(&space, &model, option(), model.index(0, 0)));
     QCOMPARE(changed.size(), 1);
     QCOMPARE(changed[0][0].toBool(), false);
+}
+
+void test_check_box_delegate::its_signal_is_all_that_it_adds()
+{
+    const QMetaObject& meta = CheckBoxDelegate::staticMetaObject;
+    QCOMPARE(meta.superClass(), &QStyledItemDelegate::staticMetaObject);
+    QCOMPARE(meta.methodCount() - meta.methodOffset(), 1);
+    const QMetaMethod signal = meta.method(meta.methodOffset());
+    QCOMPARE(signal.methodType(), QMetaMethod::Signal);
+    QCOMPARE(signal.methodSignature(), QByteArray("checkboxStateChanged(bool)"));
+    QCOMPARE(signal.parameterNames(), QByteArrayList{"checked"});
 }
 
 void test_check_box_delegate::space_ticks_all_that_is_selected()

@@ -2,12 +2,14 @@
 #include "presentation/graphic_widget.h"
 
 #include <QImage>
+#include <QPaintEngine>
 #include <QPainter>
 #include <QPicture>
 #include <QRandomGenerator>
 #include <QTest>
 
 #include <cmath>
+#include <type_traits>
 
 using namespace Qt::StringLiterals;
 
@@ -85,6 +87,47 @@ QString at_pixels(const QList<QPoint>& points)
     return parts.join(u',');
 }
 
+/// Notes the pens of the lines that are drawn. On pixels a line of width 1 looks the
+/// same with any join.
+class pen_recorder : public QPaintDevice, private QPaintEngine
+{
+public:
+    pen_recorder() : QPaintEngine(AllFeatures) {}
+
+    [[nodiscard]] QPaintEngine* paintEngine() const override
+    {
+        return const_cast<pen_recorder*>(this);
+    }
+
+    QList<QPen> pens;
+
+protected:
+    [[nodiscard]] int metric(PaintDeviceMetric which) const override
+    {
+        switch (which) {
+        case PdmDevicePixelRatio: return 1;
+        case PdmDevicePixelRatioScaled: return qRound(devicePixelRatioFScale());
+        default: return 96; // as good as any
+        }
+    }
+
+private:
+    bool begin(QPaintDevice* /*device*/) override { return true; }
+    bool end() override { return true; }
+    [[nodiscard]] Type type() const override { return User; }
+    void updateState(const QPaintEngineState& /*state*/) override {}
+    void drawPixmap(const QRectF& /*to*/, const QPixmap& /*what*/, const QRectF& /*from*/) override
+    {
+    }
+    void drawPath(const QPainterPath& /*path*/) override {}
+    void drawTextItem(const QPointF& /*at*/, const QTextItem& /*text*/) override {}
+    void drawPolygon(const QPointF* /*points*/, int /*count*/, PolygonDrawMode mode) override
+    {
+        if (mode == PolylineMode)
+            pens.append(painter()->pen());
+    }
+};
+
 } // namespace
 
 Q_DECLARE_METATYPE(ticked)
@@ -102,6 +145,7 @@ private slots:
     void far_apart_stays_inside();
     void north_is_up();
     void lines_are_not_closed();
+    void lines_have_the_pen_they_should();
     void the_number_is_that_of_the_last_pair();
     void an_empty_text_has_its_number_in_the_corner();
     void an_odd_part_is_not_drawn();
@@ -168,6 +212,7 @@ void test_graphic_widget::equals_the_plain_drawing()
 
 void test_graphic_widget::nothing_ticked_is_white()
 {
+    static_assert(std::is_same_v<decltype(graphic_widget::frame_shown), qint32>);
     QVERIFY(ink(drawn({})).isEmpty());
     // A pair without a measurement changes nothing.
     QVERIFY(ink(drawn({{}, {{0, 4}}})).isEmpty());
@@ -226,6 +271,18 @@ void test_graphic_widget::lines_are_not_closed()
     QVERIFY(!dark(open, 320, 601 - 300));
     QVERIFY(dark(closed, 320, 601 - 300));
     QVERIFY(dark(open, 520, 601 - 300));
+}
+
+void test_graphic_widget::lines_have_the_pen_they_should()
+{
+    graphic_widget widget;
+    picture(widget, ticked::in_order({at_pixels({{0, 0}, {90, 50}, {20, 70}})}));
+    pen_recorder device;
+    QPainter painter(&device);
+    widget.render(&painter, QPoint(), QRegion(), {});
+    painter.end();
+    QCOMPARE(device.pens, QList<QPen>{QPen(QBrush(Qt::black, Qt::SolidPattern), 1.0, Qt::SolidLine,
+                                           Qt::SquareCap, Qt::BevelJoin)});
 }
 
 void test_graphic_widget::the_number_is_that_of_the_last_pair()

@@ -1097,6 +1097,9 @@ void test_map_pages::a_tick_reaches_map_drawing_and_totals_at_once()
 void test_map_pages::a_provider_change_drops_the_figures()
 {
     QWebEngineView& map = *window().ui->map;
+    QVERIFY(map_view::comes_true(map, u"typeof VelmoMap === 'object'"_s));
+    map.page()->runJavaScript(u"clearMap()"_s);
+    map_view::send_figure(map, u"a"_s, u"1"_s, QLatin1String(square));
     QVERIFY(map_view::comes_true(map, u"VelmoMap.figures().length === 1"_s));
     QSignalSpy loaded(map.page(), &QWebEnginePage::loadFinished);
     // The one in force: nothing happens.
