@@ -24,6 +24,17 @@ int tables::ticked_rows()
     return ticked;
 }
 
+QList<int> tables::rows_without_tick()
+{
+    const QAbstractItemModel* model = view(main_view)->model();
+    QList<int> without;
+    for (int row = 0; row < model->rowCount(); ++row) {
+        if (!model->index(row, 0).data().toBool())
+            without += row;
+    }
+    return without;
+}
+
 QPoint tables::cell(const char* name, int row, int column)
 {
     QAbstractItemView* const shown = view(name);

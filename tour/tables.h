@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QPoint>
 
 class QAbstractItemView;
@@ -20,6 +21,8 @@ constexpr const char* kind_views[] = {"areatableView", "distableView",   "pointt
 [[nodiscard]] int rows(const char* name = main_view);
 /// Ticked rows of the main table.
 [[nodiscard]] int ticked_rows();
+/// The other rows of the main table.
+[[nodiscard]] QList<int> rows_without_tick();
 /// Screen place of a cell's middle; the view is scrolled to it.
 [[nodiscard]] QPoint cell(const char* name, int row, int column);
 
