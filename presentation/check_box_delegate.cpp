@@ -9,8 +9,6 @@
 #include <QPainter>
 #include <QStyleOptionButton>
 
-#include <algorithm>
-
 namespace {
 
 /// The style's check box indicator, centred in the cell by integer halves.
@@ -95,10 +93,9 @@ bool CheckBoxDelegate::editorEvent(QEvent* event, QAbstractItemModel* model,
     case verdict::not_ours: return false;
     case verdict::toggles: break;
     }
-    bool ticked = !is_ticked(index);
+    const bool ticked = !is_ticked(index);
     if (event->type() == QEvent::KeyPress) {
         const QModelIndexList others = selected_with(index, option.widget);
-        ticked = ticked || !std::all_of(others.begin(), others.end(), is_ticked);
         for (const QModelIndex& other : others)
             model->setData(other, ticked, Qt::EditRole);
     }

@@ -3,8 +3,8 @@
 #include <QStyledItemDelegate>
 
 /// Draws the tick of column 0 as a check box and toggles it by mouse or
-/// keyboard. Other columns are the base class's. By keyboard all ticks that are
-/// selected in the view become the same: set, unless all were.
+/// keyboard. Other columns are the base class's. By keyboard the other ticks that are
+/// selected in the view become like it.
 class CheckBoxDelegate : public QStyledItemDelegate
 {
     Q_OBJECT
