@@ -135,7 +135,7 @@ void test_picture_export::a_fine_screen_makes_it_no_larger()
         fine.setProcessEnvironment(environment);
         fine.setProcessChannelMode(QProcess::ForwardedChannels);
         fine.start(QCoreApplication::applicationFilePath(), {QTest::currentTestFunction()});
-        QVERIFY(fine.waitForFinished(120'000));
+        QVERIFY(fine.waitForFinished(280'000));
         QCOMPARE(fine.exitCode(), 0);
         return;
     }
