@@ -510,9 +510,9 @@ void test_json_file_manager::folder_in_place_of_the_file()
     const log_capture log;
     JsonFileManager manager;
     QCOMPARE(manager.systems.size(), 0);
-    QVERIFY(log.has(u"无法打开文件进行读取:"_s));
+    QCOMPARE(level_of(log, u"无法打开文件进行读取: \""_s), QtWarningMsg); // with the reason
     QVERIFY(!manager.addCoordinateSystem(sample(u"A"_s)));
-    QCOMPARE(level_of(log, u"无法打开文件进行写入:"_s), QtWarningMsg);
+    QCOMPARE(level_of(log, u"无法打开文件进行写入: \""_s), QtWarningMsg);
     QVERIFY(QFileInfo(path()).isDir());
 }
 
@@ -757,10 +757,18 @@ void test_json_file_manager::all_deleted()
         QVERIFY(manager.deleteCoordinateSystem(name));
     QCOMPARE(content(), "{\n}\n");
     const log_capture log;
-    const JsonFileManager restarted;
+    JsonFileManager restarted;
     QCOMPARE(restarted.systems.size(), 0);
     QVERIFY(log.has(u"JSON文件为空或读取失败"_s));
     QCOMPARE(content(), "{\n}\n");
+    // Only a system that was loaded is a success.
+    QVERIFY(!restarted.readAllCoordinateSystems());
+    QVERIFY(!restarted.initJsonFile(u"coordinate_system.json"_s));
+    put(R"({"A": {}})");
+    QVERIFY(restarted.readAllCoordinateSystems());
+    QVERIFY(restarted.initJsonFile(u"coordinate_system.json"_s));
+    QVERIFY(restarted.initJsonFile(u"another.json"_s)); // the built-in ones
+    QCOMPARE(restarted.file_path, folder() + "/another.json");
 }
 
 void test_json_file_manager::next_save_replaces_a_damaged_file()

@@ -690,6 +690,12 @@ void test_seven_parameter::silence_is_told()
     QElapsedTimer clock;
     clock.start();
     press(m_form.get(), "pushButton");
+    QList<int> limits;
+    for (const auto* timer : m_form->findChildren<QTimer*>(Qt::FindDirectChildrenOnly)) {
+        if (timer->isActive() && timer->isSingleShot())
+            limits += timer->interval();
+    }
+    QCOMPARE(limits, QList<int>{3000});
     QTRY_COMPARE_WITH_TIMEOUT(watcher.boxes.size(), 1, 30000);
     QVERIFY(clock.elapsed() >= 2800); // a timer may be a twentieth early
     QCOMPARE(watcher.boxes[0].icon, QMessageBox::Warning);

@@ -213,6 +213,7 @@ private slots:
     void south_stops_after_one_pass();
     void sign_of_longitude_is_the_last_ones();
     void south_in_utm();
+    void utm_degrees_to_the_nanometre();
     void utm_cuts_x_to_metres();
     void fixed_degrees();
     void meridians_to_the_last_bit_data();
@@ -563,6 +564,17 @@ void test_transforms::south_in_utm()
     other.l0 = 3.0;
     other.method = 6;
     QCOMPARE(forward(other, {33.0, 117.75, 0.0}).y, north.y);
+}
+
+/// Nearly three degrees off the meridian of zone 1, where y has digits to show it: the
+/// exact length of a degree would be 6 nm more. The easting was computed with 40 digits
+/// from 0.017453292519943.
+void test_transforms::utm_degrees_to_the_nanometre()
+{
+    model_param::projection_block block = flat_parameters(utm_system()).projection;
+    block.east = 0.0;
+    const double y = UTMBL2XY(block, {0.0, -174.0625, 0.0}, 6378137.0, 0.003352811, 1).y;
+    QVERIFY2(std::fabs(y - 1327014.46706150816) < 1e-9, qPrintable(QString::number(y, 'g', 18)));
 }
 
 void test_transforms::utm_cuts_x_to_metres()

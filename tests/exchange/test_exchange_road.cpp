@@ -36,6 +36,7 @@ private slots:
     void there_and_back_as_xml_data();
     void there_and_back_as_xml();
     void csv_messages_are_chinese_in_english();
+    void drawings_there_and_back_data();
     void drawings_there_and_back();
     void waypoints_there_and_back_as_a_workbook();
     void a_filled_in_template_stands_in_the_tables();
@@ -263,17 +264,40 @@ void test_exchange_road::csv_messages_are_chinese_in_english()
 }
 
 /// Points come back before lines, and areas as tracks.
+void test_exchange_road::drawings_there_and_back_data()
+{
+    QTest::addColumn<bool>("in_english");
+    QTest::newRow("Chinese") << false;
+    QTest::newRow("English") << true;
+}
+
 void test_exchange_road::drawings_there_and_back()
 {
-    const QString path = m_folder.filePath("a.dxf");
+    QFETCH(bool, in_english);
+    // The messages are Chinese in both languages.
+    QTranslator english;
+    if (in_english) {
+        QVERIFY(english.load("./en_CN.qm"));
+        QVERIFY(QCoreApplication::installTranslator(&english));
+        QCOMPARE(QCoreApplication::translate("MainWindow", "数据列表"), "Data List");
+    }
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("a.dxf");
     const QStringList plain = m_window->data_msg;
     const qsizetype old = m_window->table_list.size();
     for (const int row : {0, 1, 2, 3, 6}) // row 1 is the waypoint of these
         m_window->model->setData(m_window->model->index(row, 0), true);
     box_watcher watcher;
     export_as(2, path);
+    export_as(3, folder.path());
     import(path);
-    QCOMPARE(watcher.texts(), (QStringList{"dxf多数据合并导出成功", "dxf文件导入成功"}));
+    m_objects.import->import_file(folder.filePath("missing.dxf"), 0, m_window->js, 0);
+    QCOMPARE(watcher.texts(), (QStringList{"dxf多数据合并导出成功", "dxf单数据分开导出成功",
+                                           "dxf文件导入成功", "打开dxf文件失败"}));
+    QStringList titles;
+    for (const box_watcher::seen_box& box : watcher.boxes)
+        titles.append(box.title);
+    QCOMPARE(titles, (QStringList{"dxf", "dxf", "导入", "dxf"}));
 
     QStringList methods;
     for (qsizetype at = old; at < m_window->table_list.size(); ++at) {
@@ -355,10 +379,16 @@ void test_exchange_road::a_filled_in_template_stands_in_the_tables()
 
 void test_exchange_road::nothing_ticked_asks_for_the_path_first()
 {
-    const QString path = m_folder.filePath("none.csv");
+    const QString path = m_folder.filePath("none.kml");
     box_watcher watcher;
-    export_as(0, path);
+    export_as(6, path);
     QCOMPARE(watcher.texts(), QStringList("未勾选数据"));
+    QVERIFY(!QFile::exists(path));
+    // In the words of the language.
+    m_window->language = 1;
+    export_as(6, path);
+    m_window->language = 0;
+    QCOMPARE(watcher.texts().last(), QStringLiteral("Unselected data"));
     QVERIFY(!QFile::exists(path));
 }
 
