@@ -24,7 +24,7 @@ contents contents_of(int measurements, int points)
     const QByteArray json =
         instrument_process::run(QStringList{QStringLiteral("--json")} + all.options).output;
     int frame = 0;
-    for (const QJsonValue& one : QJsonDocument::fromJson(json).array()) {
+    for (const auto& one : QJsonDocument::fromJson(json).array()) {
         const int number = one[u"kind"].toInt();
         const auto kind = std::find_if(measurement_kinds.begin(), measurement_kinds.end(),
                                        [number](const auto& row) { return row.number == number; });
@@ -32,7 +32,7 @@ contents contents_of(int measurements, int points)
               QStringLiteral("a measurement of kind %1").arg(number));
         const QString method = kind->method.toString();
         QList<qint64> numbers;
-        for (const QJsonValue& point : one[u"points"].toArray())
+        for (const auto& point : one[u"points"].toArray())
             numbers << point[0].toInteger() << point[1].toInteger();
         const auto start = QDateTime::fromString(one[u"start"].toString(), Qt::ISODate);
         all.by_frames.append(

@@ -34,10 +34,11 @@ void write_kml_file(const QString& path, int placemarks, int points, bool damage
         QList<qint64> numbers;
         QByteArray text;
         for (int k = 0; k < points; ++k) {
-            numbers << 1'045'000'000 + i * 10'000 + k << 305'000'000 + k * 13;
-            text += QByteArray::number(static_cast<double>(numbers[2 * k]) / 1e7, 'f', 7) + ',' +
-                    QByteArray::number(static_cast<double>(numbers[2 * k + 1]) / 1e7, 'f', 7) +
-                    ",500.1\n";
+            const qint64 longitude = 1'045'000'000 + i * 10'000LL + k;
+            const qint64 latitude = 305'000'000 + k * 13LL;
+            numbers << longitude << latitude;
+            text += QByteArray::number(static_cast<double>(longitude) / 1e7, 'f', 7) + ',' +
+                    QByteArray::number(static_cast<double>(latitude) / 1e7, 'f', 7) + ",500.1\n";
         }
         file.write("<Placemark>\n<name>" + name.toLatin1() +
                    "</name>\n<description>made elsewhere</description>\n<LineString>"

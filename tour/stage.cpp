@@ -158,11 +158,16 @@ void stage::click_until(const QString& what, const std::function<QPoint()>& plac
 
 void stage::close(const QPointer<QWidget>& one) const
 {
+    const auto closed = [&one] { return one.isNull() || !one->isVisible(); };
+    // Before its frame is known, the place of the button is in the window itself.
+    wait_for(
+        QStringLiteral("a frame around the window"),
+        [&] { return closed() || one->frameGeometry().top() < one->geometry().top(); }, 5000);
     constexpr int to_the_middle = 11; // pixels of the close button, in the upper right corner
     click_until(
         QStringLiteral("the window closed"),
         [&one] { return one->frameGeometry().topRight() + QPoint(-to_the_middle, to_the_middle); },
-        [&one] { return one.isNull() || !one->isVisible(); });
+        closed);
 }
 
 void stage::close_dialog() const
