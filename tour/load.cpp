@@ -38,10 +38,8 @@ void close_the_program(const stage& at)
     at.press(QStringLiteral("ctrl+q"));
     at.wait_for(QStringLiteral("the question"), [] { return stage::box() != nullptr; });
     QThread::msleep(300);
-    const QPoint yes = at.see([] {
-        const QAbstractButton* button = stage::box()->button(QMessageBox::Yes);
-        return button->mapToGlobal(button->rect().center());
-    });
+    const stage::spot yes =
+        at.see([] { return stage::middle_of(stage::box()->button(QMessageBox::Yes)); });
     // Nothing is looked at after this click: there is no window any more.
     at.click(yes);
 }

@@ -115,20 +115,33 @@ void stage::click(const QPoint& place, int times) const
              QStringLiteral("--delay"), QStringLiteral("60"), QStringLiteral("1")});
 }
 
+stage::spot stage::middle_of(const QWidget* shown)
+{
+    if (shown == nullptr)
+        return {};
+    const QWidget* const window = shown->window();
+    return {window->winId(), shown->mapTo(window, shown->rect().center())};
+}
+
+void stage::click(const spot& place) const
+{
+    check(place.window != 0, QStringLiteral("nothing to click"));
+    xdotool({QStringLiteral("mousemove"), QStringLiteral("--window"), QString::number(place.window),
+             QStringLiteral("--"), QString::number(place.inside.x()),
+             QString::number(place.inside.y())});
+    xdotool({QStringLiteral("click"), QStringLiteral("1")});
+}
+
 void stage::click(const QString& widget_name) const
 {
-    click(see([&] {
-        const QWidget* found = widget(widget_name);
-        return found->mapToGlobal(found->rect().center());
-    }));
+    click(see([&] { return middle_of(widget(widget_name)); }));
 }
 
 void stage::click_in_front(const QString& widget_name) const
 {
     click(see([&] {
-        const auto* found =
-            in_front() == nullptr ? nullptr : in_front()->findChild<QWidget*>(widget_name);
-        return found == nullptr ? QPoint() : found->mapToGlobal(found->rect().center());
+        const QWidget* const front = in_front();
+        return middle_of(front == nullptr ? nullptr : front->findChild<QWidget*>(widget_name));
     }));
 }
 
@@ -140,15 +153,13 @@ void stage::wait_for_dialog(const QString& class_name) const
     QThread::msleep(300); // until the window manager has placed and decorated it
 }
 
-void stage::click_until(const QString& what, const std::function<QPoint()>& place,
+void stage::click_until(const QString& what, const std::function<spot()>& place,
                         const std::function<bool()>& done) const
 {
-    // On a busy machine the window manager may still be placing a window when it is
-    // clicked.
     constexpr int attempts = 3;
     for (int i = 0; i < attempts; ++i) {
-        const QPoint at = see([&] { return done() ? QPoint() : place(); });
-        if (!at.isNull())
+        const spot at = see([&] { return done() ? spot() : place(); });
+        if (at.window != 0)
             click(at);
         if (comes_true(done, 2000))
             return;
@@ -159,14 +170,17 @@ void stage::click_until(const QString& what, const std::function<QPoint()>& plac
 void stage::close(const QPointer<QWidget>& one) const
 {
     const auto closed = [&one] { return one.isNull() || !one->isVisible(); };
-    // Before its frame is known, the place of the button is in the window itself.
+    const auto title_bar = [&one] { return one->geometry().top() - one->frameGeometry().top(); };
     wait_for(
-        QStringLiteral("a frame around the window"),
-        [&] { return closed() || one->frameGeometry().top() < one->geometry().top(); }, 5000);
+        QStringLiteral("a frame around the window"), [&] { return closed() || title_bar() > 0; },
+        5000);
     constexpr int to_the_middle = 11; // pixels of the close button, in the upper right corner
     click_until(
         QStringLiteral("the window closed"),
-        [&one] { return one->frameGeometry().topRight() + QPoint(-to_the_middle, to_the_middle); },
+        [&] {
+            return spot{one->winId(),
+                        QPoint(one->width() - to_the_middle, to_the_middle - title_bar())};
+        },
         closed);
 }
 
@@ -297,9 +311,8 @@ void stage::answer_box(int standard_button) const
     click_until(
         QStringLiteral("the box closed"),
         [&] {
-            const QAbstractButton* button =
-                open->button(static_cast<QMessageBox::StandardButton>(standard_button));
-            return button == nullptr ? QPoint() : button->mapToGlobal(button->rect().center());
+            return middle_of(
+                open->button(static_cast<QMessageBox::StandardButton>(standard_button)));
         },
         [&open] { return open.isNull() || box() != open; });
 }

@@ -4,6 +4,7 @@
 #include <QPointer>
 #include <QRect>
 #include <QString>
+#include <qwindowdefs.h>
 
 #include <functional>
 #include <stdexcept>
@@ -62,16 +63,27 @@ public:
     /// The message box in front, or null. GUI thread only.
     static QMessageBox* box();
 
+    /// A point of a window, which the display server knows best: when a frame has just
+    /// come around a window, Qt may take its place to be lower by a title bar.
+    struct spot
+    {
+        WId window = 0; ///< 0: none
+        QPoint inside;  ///< pixels from the upper left corner of what is in the frame
+    };
+    /// The middle of a widget; none if it is null. GUI thread only.
+    static spot middle_of(const QWidget* shown);
+
     void move_to(const QPoint& place) const;
     void click(const QPoint& place, int times = 1) const;
+    void click(const spot& place) const;
     void click(const QString& widget_name) const;
     /// Clicks a widget of the dialog in front.
     void click_in_front(const QString& widget_name) const;
     /// Waits for a dialog of that class in front.
     void wait_for_dialog(const QString& class_name) const;
-    /// Clicks what may still be on its way to its place, and again if it is not done
-    /// some seconds later.
-    void click_until(const QString& what, const std::function<QPoint()>& place,
+    /// Clicks what may not yet take clicks, and again if it is not done some seconds
+    /// later.
+    void click_until(const QString& what, const std::function<spot()>& place,
                      const std::function<bool()>& done) const;
     /// Closes a window by the button of its title bar.
     void close(const QPointer<QWidget>& one) const;

@@ -762,10 +762,8 @@ void close_the_program(const stage& at)
     say(QStringLiteral("  \"%1\": No leaves the window open").arg(text));
     at.choose(QStringLiteral("File"), QStringLiteral("action_quit"));
     at.wait_for_box(QStringLiteral("Quit"));
-    const QPoint yes = at.see([] {
-        const QAbstractButton* button = stage::box()->button(QMessageBox::Yes);
-        return button->mapToGlobal(button->rect().center());
-    });
+    const stage::spot yes =
+        at.see([] { return stage::middle_of(stage::box()->button(QMessageBox::Yes)); });
     say(QStringLiteral("  Yes ends the program"));
     // Nothing is looked at after this click: there is no window any more.
     at.click(yes);
