@@ -7,6 +7,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QMessageBox>
+#include <QPixmapCache>
 #include <QThread>
 
 #include <cstdlib>
@@ -123,6 +124,8 @@ void load_run::run(int minutes)
         delete_all();
         m_at.see([this] {
             m_tiles.requests.clear(); // the stage's own growth
+            // What Qt has painted and keeps, up to 10 MiB, is not held for the person.
+            QPixmapCache::clear();
             return 0;
         });
         doing(QStringLiteral("rest"));
