@@ -266,8 +266,8 @@ void test_check_box_delegate::space_ticks_all_that_is_selected()
     for (int row = 0; row < model.rowCount(); ++row)
         QVERIFY(!model.index(row, 1).data().isValid());
     // By mouse it is the one that is hit.
-    const QRect cell = view.visualRect(model.index(1, 0));
-    QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::NoModifier, cell.center());
+    const QRect hit = view.visualRect(model.index(1, 0));
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::NoModifier, hit.center());
     QCOMPARE(ticks(), QStringLiteral("x.xxx"));
 }
 
