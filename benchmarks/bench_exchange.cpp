@@ -187,7 +187,7 @@ const work works[] = {
      [](const QString& folder, int) {
          return importing(folder + "/in.csv", [](QFile& file, file_import_thread& importer) {
              csv_rows rows;
-             return read_csv_rows(file.fileName(), rows) && !importer.take_csv_rows(rows).isEmpty();
+             return read_csv_rows(file.fileName(), rows) && importer.take_csv_rows(rows);
          });
      }},
 };

@@ -31,33 +31,37 @@ void file_import_thread::import_csv(const QString& path)
     qDebug() << "~~~~~~~~~~~~~~~~~~import csv";
     csv_rows rows;
     read_csv_rows(path, rows);
-    const QString done = take_csv_rows(rows);
-    if (done.isEmpty()) {
+    const std::optional<QString> done = take_csv_rows(rows);
+    if (!done) {
         show_warning(tr("导入"), tr("csv文件导入失败"));
         return;
     }
+    if (done->isEmpty())
+        return;
     emit read_data_finished(table_list, data_msg, data_msg_altitude, point_msg_all);
-    show_information(tr("导入"), done);
+    show_information(tr("导入"), *done);
 }
 
-QString file_import_thread::take_csv_rows(const csv_rows& rows)
+std::optional<QString> file_import_thread::take_csv_rows(const csv_rows& rows)
 {
     const std::optional<csv_reading> reading = find_csv_records(rows);
     if (!reading)
-        return {};
+        return std::nullopt;
+    const qsizetype before = table_list.size();
     const file_coordinates form = reading->form == csv_form::summary
                                       ? file_coordinates{}
                                       : file_coordinates{mode, m_ModelParam, cz, dz, pl};
     for (const csv_record& record : reading->records) {
         if (!take_csv_record(rows, record, form))
-            return {};
+            return std::nullopt;
     }
     switch (reading->form) {
     case csv_form::blocks: return tr("csv多数据文件导入成功");
-    case csv_form::single: return tr("csv单数据文件导入成功");
+    case csv_form::single:
+        return table_list.size() > before ? tr("csv单数据文件导入成功") : QString();
     case csv_form::summary: return tr("csv文件导入成功");
     }
-    return {};
+    return std::nullopt;
 }
 
 bool file_import_thread::take_csv_record(const csv_rows& rows, const csv_record& record,

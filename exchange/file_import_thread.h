@@ -7,6 +7,8 @@
 #include <QMultiHash>
 #include <QThread>
 
+#include <optional>
+
 class JsonFileManager;
 class csv_rows;
 struct csv_record;
@@ -60,9 +62,10 @@ public:
     void append_geometry(const QString& data, const QString& lines, qsizetype points);
 
     /// Fills the results from the rows of a CSV file, whose form shows in its first
-    /// cell. Returns the words of success; empty if the form is unknown, a row is
-    /// too short or a coordinate cannot be read.
-    QString take_csv_rows(const csv_rows& rows);
+    /// cell. Returns the words of success, none if it is the form of one record and
+    /// the results hold that record already; nothing if the form is unknown, a row
+    /// is too short or a coordinate cannot be read.
+    std::optional<QString> take_csv_rows(const csv_rows& rows);
 
     /// A date and time such as 2024/3/5T7:08:09.123 as "2024-03-05 07:08:09"; any
     /// other text unchanged.

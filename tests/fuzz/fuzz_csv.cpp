@@ -34,7 +34,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     constexpr std::size_t modes = 5;
     importer.import_file({}, static_cast<int>(size % modes), nullptr, 0); // empties the results
     const QByteArray bytes(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
-    if (importer.take_csv_rows(csv_rows(bytes)).isEmpty())
+    if (!importer.take_csv_rows(csv_rows(bytes)))
         return 0;
 
     // What is taken is whole: the four lists in step, a line for each point.
