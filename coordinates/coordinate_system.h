@@ -5,6 +5,10 @@
 
 #include <cstdint>
 
+/// Axes of the ellipsoid that measured positions are on, metres.
+inline constexpr double wgs84_a = 6378137.0;
+inline constexpr double wgs84_b = 6356752.314245179;
+
 /// Seven-parameter (Helmert) set: translations in metres, rotations in
 /// arc-seconds, k the scale difference to which 1 is added in use.
 struct seven_parameters

@@ -19,9 +19,6 @@ constexpr double pi_short = 3.1415926535;
 constexpr double degrees_per_radian = 57.29577951308232;
 constexpr double radians_per_second = 4.84813681095679e-06;
 
-constexpr double wgs84_a = 6378137.0;
-constexpr double wgs84_b = 6356752.314245179;
-
 constexpr double zone_factor = 1000000.0; // the zone number stands in the millions of y
 
 /// The whole part of any value. What does not fit into 64 bits is a multiple of
