@@ -68,14 +68,19 @@ function(velmo_library target)
   velmo_settings(${target})
 endfunction()
 
-# velmo_test(name SOURCES s... LINKS l... [LABELS l...])
+# velmo_test(name SOURCES s... LINKS l... [LABELS l...] [WRAPS symbol...])
 #
 # One Qt Test program for one unit. The label "web" marks what starts the web
 # engine. Each test gets a folder of its own as working directory, and another for
-# the program's data (tests/support/private_data.cpp).
+# the program's data (tests/support/private_data.cpp). WRAPS names functions of
+# libraries that the test stands in for, to see what they are asked: calls of
+# `symbol` go to the test's `__wrap_symbol`, and its `__real_symbol` is the library's.
 function(velmo_test name)
-  cmake_parse_arguments(arg "" "WORKING_DIRECTORY" "SOURCES;LINKS;LABELS" ${ARGN})
+  cmake_parse_arguments(arg "" "WORKING_DIRECTORY" "SOURCES;LINKS;LABELS;WRAPS" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
+  foreach(symbol IN LISTS arg_WRAPS)
+    target_link_options(${name} PRIVATE "LINKER:--wrap=${symbol}")
+  endforeach()
   target_link_libraries(${name} PRIVATE ${arg_LINKS} velmo_test_support velmo_test_data Qt6::Test)
   velmo_settings(${name})
   if(NOT arg_WORKING_DIRECTORY)

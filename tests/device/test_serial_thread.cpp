@@ -1,3 +1,4 @@
+#include "asked_waits.h"
 #include "device/adb_string_channel.h"
 #include "device/serial_thread.h"
 #include "instrument_frames.h"
@@ -747,8 +748,11 @@ void test_serial_thread::silence()
     start();
     QElapsedTimer elapsed;
     elapsed.start();
+    asked_single_shots().clear();
     read();
     QVERIFY(elapsed.elapsed() >= 2000); // 500 ms twice, then 1000 ms
+    // 0 is this test's own, which starts the read.
+    QCOMPARE(asked_single_shots(), (QList<int>{0, 500, 500}));
     QCOMPARE(events, (QStringList{"button 0", "progress 0", "progress 0", "progress 0", no_answer,
                                   "button 1"}));
     QCOMPARE(instrument->requests(),

@@ -1,3 +1,4 @@
+#include "asked_waits.h"
 #include "device/serial_thread.h"
 #include "device/text_records.h"
 #include "scripted_instrument.h"
@@ -757,8 +758,11 @@ void test_text_records::a_pause_ends_the_stream()
     });
     QElapsedTimer elapsed;
     elapsed.start();
+    asked_single_shots().clear();
     run_loop(record);
     QVERIFY(elapsed.elapsed() >= 390); // timers count in their own milliseconds
+    // 0 is this test's own, which starts the loop.
+    QCOMPARE(asked_single_shots(), (QList<int>{0, 200, 200}));
     QCOMPARE(progress.size(), 2);
     QVERIFY(log->has(QStringLiteral("SERIAL_RX LEN=%1 HEX=").arg(record.size())));
 }
