@@ -30,12 +30,13 @@ constexpr int all_points = 100'000;
 QString track(int points, double longitude, double latitude)
 {
     QString text;
-    text.reserve(points * 34);
+    text.reserve(qsizetype{points} * 34);
     constexpr int strip = 500;
     for (int i = 0; i < points; ++i) {
         const int along = (i / strip) % 2 == 0 ? i % strip : strip - 1 - i % strip;
         const double x = longitude + along * 1e-5 + 1e-6 * std::sin(i * 0.7);
-        const double y = latitude + (i / strip) * 2e-5 + 1e-6 * std::cos(i * 1.3);
+        const int line = i / strip;
+        const double y = latitude + line * 2e-5 + 1e-6 * std::cos(i * 1.3);
         if (i > 0)
             text += u',';
         text += QString::number(x, 'f', 12) + u',' + QString::number(y, 'f', 12);
@@ -60,9 +61,10 @@ QStringList tracks(int figures)
 {
     QStringList texts;
     const int side = static_cast<int>(std::ceil(std::sqrt(figures)));
-    for (int i = 0; i < figures; ++i)
-        texts.append(
-            track(all_points / figures, 126.65 + 0.006 * (i % side), 45.75 + 0.006 * (i / side)));
+    for (int i = 0; i < figures; ++i) {
+        const int row = i / side;
+        texts.append(track(all_points / figures, 126.65 + 0.006 * (i % side), 45.75 + 0.006 * row));
+    }
     return texts;
 }
 
@@ -221,6 +223,7 @@ void totals_of_numbers(benchmark::State& state)
         int points;
     };
     std::vector<numbers> all;
+    all.reserve(static_cast<size_t>(state.range(0)));
     for (int row = 0; row < state.range(0); ++row)
         all.push_back({row % 2 == 0, 1000 + row, 1.5 + row, 130.5 + row, row % 100});
     for (auto _ : state) {

@@ -88,7 +88,7 @@ QList<exportRecord> measurements(int count, bool uneven)
         record.time = QStringLiteral("2024-03-05 07:08:09");
         record.numpoint = QString::number(points);
         record.numrecord = QString::number(count);
-        record.coordinates.reserve(points * 40);
+        record.coordinates.reserve(qsizetype{points} * 40);
         for (int i = 0; i < points; ++i)
             record.coordinates += QString::number(104.0 + m * 1e-3 + i * 1.234e-6, 'f', 12) + u',' +
                                   QString::number(30.0 + m * 1e-4 + i * 1.765e-6, 'f', 12) + u',' +

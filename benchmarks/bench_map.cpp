@@ -62,7 +62,7 @@ QString track(int points, QRandomGenerator& random)
     double heading = random.bounded(6.28);
     constexpr double step = 0.00003; // degrees, some three metres
     QStringList numbers;
-    numbers.reserve(2 * points);
+    numbers.reserve(qsizetype{2} * points);
     for (int i = 0; i < points; ++i) {
         heading += random.bounded(0.6) - 0.3;
         longitude += step * std::cos(heading);

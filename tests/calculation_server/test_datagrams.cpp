@@ -10,7 +10,6 @@
 
 using calculation::answer;
 using calculation::parse_request;
-using calculation::point_pair;
 
 namespace {
 

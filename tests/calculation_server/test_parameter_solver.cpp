@@ -44,7 +44,7 @@ std::vector<Eigen::Vector3d> field(double extent)
                                                   {0.6, 0.5, 0.9}}};
     std::vector<Eigen::Vector3d> all;
     for (const Eigen::Vector3d& corner : corners)
-        all.push_back(centre + extent * corner);
+        all.emplace_back(centre + extent * corner);
     return all;
 }
 
@@ -94,7 +94,7 @@ void test_parameter_solver::each_parameter_has_its_sign_and_unit()
     QFETCH(int, which);
     QFETCH(QList<double>, moves);
     std::vector<point_pair> pairs;
-    for (int axis = 0; axis < 3; ++axis) {
+    for (qsizetype axis = 0; axis < 3; ++axis) {
         const Eigen::Vector3d source = 1e6 * Eigen::Vector3d::Unit(axis);
         const Eigen::Vector3d moved(moves[3 * axis], moves[3 * axis + 1], moves[3 * axis + 2]);
         pairs.push_back({source, source + moved});

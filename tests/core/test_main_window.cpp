@@ -242,11 +242,11 @@ void test_main_window::opens_as_designed()
     QCOMPARE(m_window->language, 0);
     QCOMPARE(m_window->map_shown, 1);
     QCOMPARE(m_window->frame_shown, 1);
-    static_assert(std::is_same_v<decltype(MainWindow::language), qint32> &&
-                  std::is_same_v<decltype(MainWindow::map_shown), qint32> &&
-                  std::is_same_v<decltype(MainWindow::mode_flag), qint32> &&
-                  std::is_same_v<decltype(MainWindow::sys_index), qint32> &&
-                  std::is_same_v<decltype(MainWindow::frame_shown), qint32>);
+    static_assert(std::is_same_v<decltype(MainWindow::language), qint32>);
+    static_assert(std::is_same_v<decltype(MainWindow::map_shown), qint32>);
+    static_assert(std::is_same_v<decltype(MainWindow::mode_flag), qint32>);
+    static_assert(std::is_same_v<decltype(MainWindow::sys_index), qint32>);
+    static_assert(std::is_same_v<decltype(MainWindow::frame_shown), qint32>);
     QCOMPARE(m_ui->label_serial->text(), QStringLiteral("未连接"));
     QCOMPARE(m_ui->label_tablist->text(), QStringLiteral("数据列表"));
     QCOMPARE(m_ui->groupBox->title(), QStringLiteral(" 条目信息"));
@@ -1350,7 +1350,7 @@ void test_main_window::coordinate_settings_end_before_they_open_again()
     QVERIFY(m_window->coordinate_form != nullptr);
     QVERIFY(m_window->coordinate_form->isVisible());
     delete m_window->coordinate_form;
-    QCOMPARE(m_window->coordinate_form, nullptr);
+    QVERIFY(m_window->coordinate_form == nullptr);
 }
 
 void test_main_window::buttons_emit_their_signals()

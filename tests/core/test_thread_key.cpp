@@ -511,7 +511,7 @@ void test_thread_key::a_record_of_no_kind_takes_the_map_kind_before_it()
     const QStringList drawn = {"draw 0  0,0", "draw 1 3 1,1", "draw 2 3 2,2", "draw 3 1 3,3",
                                "draw 4 1 4,4"};
     QCOMPARE(map.figures(), drawn);
-    static const QRegularExpression empty_kind("^beginLocatedCityPacket\\(\"draw_0_\\d+\",\\)$");
+    static const QRegularExpression empty_kind(R"(^beginLocatedCityPacket\("draw_0_\d+",\)$)");
     QVERIFY(empty_kind.match(map.scripts.constFirst()).hasMatch());
 
     // A change in the main table goes by the same rule.

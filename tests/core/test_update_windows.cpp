@@ -210,7 +210,7 @@ void test_update_windows::the_check_is_made_when_the_window_opens()
 void test_update_windows::the_download_shows_its_progress()
 {
     m_server->answers["/software_update.json"] = {
-        .body = "{\"VerisonObj\":{\"LatestVersion\":\"V4\",\"Url_64\":\"" +
+        .body = R"({"VerisonObj":{"LatestVersion":"V4","Url_64":")" +
                 m_server->address("/velmo.exe").toEncoded() + "\"}}"};
     m_server->answers["/velmo.exe"] = {.body = QByteArray(5'000'000, 'v'), .cut_after = 4'000'000};
     box_watcher watcher;

@@ -268,7 +268,7 @@ void test_adb_string_channel::adb_that_cannot_run()
     qputenv("PATH", "");
     QVERIFY(!channel->open());
     qputenv("PATH", search_path);
-    const QRegularExpression line("^\\[AdbStringChannel\\] failed to start adb forward: \".+\"$");
+    const QRegularExpression line(R"(^\[AdbStringChannel\] failed to start adb forward: ".+"$)");
     QVERIFY(line.match(log->texts().last()).hasMatch());
     QCOMPARE(log->lines().last().type, QtWarningMsg);
     QCOMPARE(log->texts().filter("run:").size(), 1);

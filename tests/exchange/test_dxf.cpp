@@ -98,7 +98,7 @@ QList<gdal_entity> read_with_gdal(const QString& path)
         qWarning() << "ogrinfo:" << ogrinfo.errorString() << ogrinfo.readAllStandardError();
         return {};
     }
-    static const QRegularExpression pattern("^\\s+(POINT|LINESTRING)(?: Z)? \\(([^)]*)\\)",
+    static const QRegularExpression pattern(R"(^\s+(POINT|LINESTRING)(?: Z)? \(([^)]*)\))",
                                             QRegularExpression::MultilineOption);
     static const QRegularExpression between_numbers("[ ,]");
     QList<gdal_entity> entities;
@@ -734,7 +734,7 @@ void test_dxf::time_loses_its_separators_from_the_second_record_on()
     import(path("out.dxf"));
     QCOMPARE(m_importer->table_list.size(), 3);
     const QString time = m_importer->table_list[0].time;
-    static const QRegularExpression separated("^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d$");
+    static const QRegularExpression separated(R"(^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d$)");
     QVERIFY(separated.match(time).hasMatch());
     const QString digits = QString(time).remove('-').remove(' ').remove(':');
     QCOMPARE(m_importer->table_list[1].time, digits);

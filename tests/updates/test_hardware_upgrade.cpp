@@ -1021,7 +1021,7 @@ void test_hardware_upgrade::the_second_confirm_uses_what_the_first_has_fetched()
     start_instrument();
     const QByteArray image = image_of(5000);
     m_server->answers["/fw/new.bin"] = {.body = image};
-    offer("VELMO-SIM-1.0", "\"Url1\":\"" + m_server->address("/fw/new.bin").toEncoded() + "\"");
+    offer("VELMO-SIM-1.0", R"("Url1":")" + m_server->address("/fw/new.bin").toEncoded() + "\"");
     look_at_list();
     m_worker->recv_form_sure("new.bin");
     QCOMPARE(boxes(), QStringList("2|警告|bin文件打开失败"));
@@ -1046,7 +1046,7 @@ void test_hardware_upgrade::success_gives_the_port_back()
     const QByteArray image = image_of(65536);
     write("new.bin", image);
     m_server->answers["/fw/new.bin"] = {.body = image};
-    offer("VELMO-SIM-1.0", "\"Url1\":\"" + m_server->address("/fw/new.bin").toEncoded() + "\"");
+    offer("VELMO-SIM-1.0", R"("Url1":")" + m_server->address("/fw/new.bin").toEncoded() + "\"");
     look_at_list();
     m_worker->recv_form_sure("new.bin");
     QTRY_COMPARE_WITH_TIMEOUT(boxes().count(good_box), 1, patience_ms);

@@ -270,7 +270,7 @@ void test_ymodem::a_refused_block_comes_again_byte_for_byte()
 
 void test_ymodem::the_sequence_wraps()
 {
-    const QByteArray image = image_of(1024 * 258);
+    const QByteArray image = image_of(qsizetype{1024} * 258);
     sending one = at_stage(sending::data_sent, image);
     QByteArray numbers("\x01");
     for (int i = 1; i < 258; ++i)

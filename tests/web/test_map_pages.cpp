@@ -899,7 +899,7 @@ void test_map_pages::tiles_are_asked_for()
     QVERIFY(loaded);
     QTRY_VERIFY(m_tiles.requests.size() >= 8);
     for (const QString& part : std::as_const(wanted))
-        QTRY_VERIFY2(m_tiles.requests.filter(part).size() > 0, qPrintable(part));
+        QTRY_VERIFY2(!m_tiles.requests.filter(part).isEmpty(), qPrintable(part));
     QVERIFY(map_view::shows(*m_view, QPoint(400, 350), tile_colour, 0));
     QCOMPARE(value(u"document.getElementById('note').hidden"_s), QVariant(true));
 
@@ -954,7 +954,7 @@ void test_map_pages::tiles_on_the_screen_stay_when_the_network_is_lost()
     // One tile is asked for again; what is there stays.
     QTest::qWait(1000);
     m_tiles.requests.clear();
-    QTRY_VERIFY_WITH_TIMEOUT(m_tiles.requests.size() > 0, 30'000);
+    QTRY_VERIFY_WITH_TIMEOUT(!m_tiles.requests.isEmpty(), 30'000);
     QTest::qWait(400);
     QCOMPARE(m_tiles.requests.size(), 1);
     QVERIFY(map_view::shows_now(*m_view, left, tile_colour, 0));

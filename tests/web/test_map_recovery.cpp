@@ -102,7 +102,7 @@ void test_map_recovery::a_process_that_ends_is_replaced()
     QSignalSpy loaded(m_page, &QWebEnginePage::loadFinished);
     QCOMPARE(::kill(static_cast<pid_t>(process), SIGKILL), 0);
     QTRY_COMPARE_WITH_TIMEOUT(ended.size(), 1, 30'000);
-    QTRY_VERIFY_WITH_TIMEOUT(loaded.size() > 0 && loaded.last().first().toBool(), 30'000);
+    QTRY_VERIFY_WITH_TIMEOUT(!loaded.isEmpty() && loaded.last().first().toBool(), 30'000);
     QVERIFY(m_page->renderProcessPid() != process);
     QCOMPARE(m_page->url(), map_page::url_of(u"/index.html"_s));
     // Empty, in the language in force, and ready for the next tick.
@@ -130,8 +130,8 @@ void test_map_recovery::an_endless_script_ends_by_itself()
     QSignalSpy ended(m_page, &QWebEnginePage::renderProcessTerminated);
     QSignalSpy loaded(m_page, &QWebEnginePage::loadFinished);
     tick(u"126.65,45.75,(() => { %1 })(),45.751"_s.arg(script));
-    QTRY_VERIFY_WITH_TIMEOUT(ended.size() > 0, 60'000);
-    QTRY_VERIFY_WITH_TIMEOUT(loaded.size() > 0 && loaded.last().first().toBool(), 60'000);
+    QTRY_VERIFY_WITH_TIMEOUT(!ended.isEmpty(), 60'000);
+    QTRY_VERIFY_WITH_TIMEOUT(!loaded.isEmpty() && loaded.last().first().toBool(), 60'000);
     // The engine may call the page that was just ended loaded, too: only the next one answers.
     QVERIFY(map_view::comes_true(*m_view, u"typeof VelmoMap === 'object'"_s));
     QCOMPARE(m_window->table_list.size(), 1);
