@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QShortcut>
 
 namespace {
 
@@ -51,6 +52,7 @@ hardwareupdata::hardwareupdata(QWidget* parent)
     progressBar->setRange(0, 100);
     progressBar->setValue(0);
     setlanguage(0);
+    new QShortcut(QKeySequence::Cancel, this, this, &QWidget::close);
     QMetaObject::connectSlotsByName(this);
 }
 

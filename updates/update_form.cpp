@@ -3,6 +3,7 @@
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QShortcut>
 
 updateForm::updateForm(QWidget* parent)
     : QWidget(parent), pushButton(new QPushButton(QStringLiteral("下载"), this)),
@@ -36,6 +37,7 @@ updateForm::updateForm(QWidget* parent)
         one.what->setObjectName(QLatin1String(one.name));
         one.what->setGeometry(one.place);
     }
+    new QShortcut(QKeySequence::Cancel, this, this, &QWidget::close);
     QMetaObject::connectSlotsByName(this);
 }
 

@@ -23,6 +23,7 @@ private slots:
     void firmware_buttons_follow_the_language_data();
     void firmware_buttons_follow_the_language();
     void firmware_signals();
+    void escape_closes();
     void names_of_signals_and_slots();
 };
 
@@ -147,6 +148,19 @@ void test_update_forms::firmware_signals()
     QCOMPARE(local.size(), 1);
     QCOMPARE(sure.size(), 1);
     QCOMPARE(sure[0][0].toString(), QStringLiteral("b.bin"));
+}
+
+void test_update_forms::escape_closes()
+{
+    updateForm software;
+    hardwareupdata firmware;
+    for (QWidget* const form :
+         {static_cast<QWidget*>(&software), static_cast<QWidget*>(&firmware)}) {
+        form->show();
+        QVERIFY(QTest::qWaitForWindowActive(form));
+        QTest::keyClick(form, Qt::Key_Escape);
+        QVERIFY(!form->isVisible());
+    }
 }
 
 void test_update_forms::names_of_signals_and_slots()
