@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QPointer>
 #include <QWebEngineDownloadRequest>
+#include <QWebEngineHistory>
 #include <QWebEngineLoadingInfo>
 #include <QWebEngineProfile>
 #include <QWebEngineScript>
@@ -46,6 +47,9 @@ map_page::map_page(QObject* parent) : QWebEnginePage(parent)
     connect(this, &QWebEnginePage::loadingChanged, this, [this](const QWebEngineLoadingInfo& info) {
         if (info.status() == QWebEngineLoadingInfo::LoadFailedStatus && info.url() == m_shown)
             load(empty_page);
+        // There is no way back, so the pages before need not be remembered.
+        if (info.status() == QWebEngineLoadingInfo::LoadSucceededStatus)
+            history()->clear();
     });
     // A name that is looked up tells a host as much as a request does.
     settings()->setAttribute(QWebEngineSettings::DnsPrefetchEnabled, false);

@@ -20,6 +20,7 @@
 #include <QStandardItemModel>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QWebEngineHistory>
 #include <QWebEngineProfile>
 #include <QWebEngineSettings>
 #include <QWebEngineView>
@@ -56,6 +57,7 @@ private slots:
     void a_broken_packet_leaves_the_next_alone();
     void goes_to_own_pages_only_data();
     void goes_to_own_pages_only();
+    void pages_before_are_not_remembered();
 
     /// What the desktop is asked to open, in place of the desktop.
     void note_opened(const QUrl& url) { m_opened += url; }
@@ -726,6 +728,16 @@ void test_map_safety::goes_to_own_pages_only()
     QTest::qWait(time_to_try_ms);
     QCOMPARE(m_view->page()->url(), goes ? QUrl(url) : before);
     QCOMPARE(m_host.requests, QStringList());
+}
+
+void test_map_safety::pages_before_are_not_remembered()
+{
+    const QStringList pages = map_page::own_pages();
+    for (const QString& page : pages + pages) {
+        QVERIFY(map_view::load(*m_view, page));
+        QTRY_COMPARE(m_view->history()->count(), 1);
+        QCOMPARE(m_view->history()->currentItem().url(), map_page::url_of(page));
+    }
 }
 
 QTEST_MAIN(test_map_safety)
