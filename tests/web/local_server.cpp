@@ -17,6 +17,9 @@ local_server::local_server(kind wanted, QObject* parent) : QObject(parent), m_ki
     if (wanted == kind::tls) {
         auto server = std::make_unique<QSslServer>();
         server->setSslConfiguration(own_certificate(QStringLiteral("DNS:tiles.example")));
+        // Qt keeps a socket whose handshake has failed.
+        connect(server.get(), &QSslServer::errorOccurred, server.get(),
+                [](QSslSocket* socket) { socket->deleteLater(); });
         m_server = std::move(server);
     } else {
         m_server = std::make_unique<QTcpServer>();
@@ -39,8 +42,18 @@ QString local_server::address() const
         .arg(port());
 }
 
+void local_server::hang_up()
+{
+    for (auto* const socket : m_server->findChildren<QTcpSocket*>())
+        socket->abort();
+}
+
 void local_server::serve(QTcpSocket* socket)
 {
+    if (socket->state() == QAbstractSocket::UnconnectedState) {
+        socket->deleteLater(); // it has gone while it was waiting
+        return;
+    }
     connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
     const auto answer = [this, socket] {
         while (socket->canReadLine()) {

@@ -32,6 +32,9 @@ public:
     /// "http://127.0.0.1:PORT" or the same with https.
     [[nodiscard]] QString address() const;
 
+    /// Ends all connections, also those that a browser keeps for later.
+    void hang_up();
+
     bool open = true;
     bool silent = false;
     /// The body of every answer, unless each request has its own.
