@@ -873,7 +873,7 @@ void test_text_records::repeating_a_read_adds_nothing()
     box_watcher watcher;
     QSignalSpy finished(reader.get(), &serial_thread::read_data_finished);
     QSignalSpy button(reader.get(), &serial_thread::button_control);
-    for (int count = 1; count <= 2; ++count) {
+    for (qsizetype count = 1; count <= 2; ++count) {
         QTimer::singleShot(0, this, [this] {
             reader->recv_cmd_from_key(1, reader->table_list, reader->data_msg,
                                       reader->data_msg_altitude, reader->point_msg_all);

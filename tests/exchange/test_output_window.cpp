@@ -21,6 +21,8 @@
 #include <QTimer>
 #include <QWebEngineView>
 
+#include <algorithm>
+
 namespace {
 
 const QStringList box_names{"mianji_1",   "mianji_2",   "juli_1",     "juli_2",
@@ -341,11 +343,9 @@ void test_output_window::boxes_are_for_excel_alone()
 {
     const open_dialog dialog;
     const auto all = [&](bool enabled) {
-        for (const QString& name : box_names) {
-            if (dialog.window.findChild<QCheckBox*>(name)->isEnabled() != enabled)
-                return false;
-        }
-        return true;
+        return std::ranges::all_of(box_names, [&](const QString& name) {
+            return dialog.window.findChild<QCheckBox*>(name)->isEnabled() == enabled;
+        });
     };
     QVERIFY(all(false));
     dialog.formats()->setCurrentIndex(8);

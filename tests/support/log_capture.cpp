@@ -2,6 +2,8 @@
 
 #include <QMutex>
 
+#include <algorithm>
+
 namespace {
 
 QMutex mutex; // worker threads log as well
@@ -47,11 +49,8 @@ QStringList log_capture::texts() const
 
 bool log_capture::has(const QString& part) const
 {
-    for (const line& one : lines()) {
-        if (one.text.contains(part))
-            return true;
-    }
-    return false;
+    return std::ranges::any_of(lines(),
+                               [&part](const line& one) { return one.text.contains(part); });
 }
 
 void log_capture::clear()
