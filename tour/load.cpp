@@ -127,10 +127,8 @@ void load_run::run(int minutes)
             m_tiles.requests.clear();
             m_tiles.hang_up();
             // What Qt has painted and keeps, up to 10 MiB, is not held for the person.
-            // QPixmapCache::clear() would leave the names of the pixmaps behind.
-            const int limit = QPixmapCache::cacheLimit();
-            QPixmapCache::setCacheLimit(0);
-            QPixmapCache::setCacheLimit(limit);
+            // The names of pixmaps that are thrown away stay in the cache of Qt 6.4.
+            QPixmapCache::clear();
             return 0;
         });
         doing(QStringLiteral("rest"));
