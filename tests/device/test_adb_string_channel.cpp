@@ -4,6 +4,7 @@
 #include "instrument/adb_daemon.h"
 #include "instrument/frame_responder.h"
 #include "instrument/sample_memory.h"
+#include "support/asked_polls.h"
 #include "support/log_capture.h"
 
 #include <QElapsedTimer>
@@ -15,6 +16,7 @@
 #include <QTcpSocket>
 #include <QTest>
 
+#include <algorithm>
 #include <memory>
 
 #include <arpa/inet.h>
@@ -352,8 +354,10 @@ void test_adb_string_channel::a_connection_that_takes_too_long()
     const auto channel = make(ground->script("exit 0"), port);
     QElapsedTimer elapsed;
     elapsed.start();
+    forget_asked_polls();
     QVERIFY(!channel->open());
     QVERIFY(elapsed.elapsed() >= 2800);
+    QVERIFY(std::ranges::max(asked_polls()) <= 3000);
     QVERIFY(log->texts().last().startsWith("[AdbStringChannel] TCP connect failed: \""));
     QCOMPARE(log->lines().last().type, QtWarningMsg);
     QVERIFY(channel->socket == nullptr);

@@ -4,6 +4,7 @@
 #include "instrument/adb_daemon.h"
 #include "instrument/frame_responder.h"
 #include "instrument/sample_memory.h"
+#include "support/asked_waits.h"
 #include "support/box_watcher.h"
 #include "support/log_capture.h"
 
@@ -212,12 +213,14 @@ void test_android_link::a_second_attempt_that_succeeds_does_nothing()
     use_script("[ -e '" + ground->path("failed").toLocal8Bit() + "' ] && exit 0\ntouch '" +
                ground->path("failed").toLocal8Bit() + "'; exit 1");
     listen();
+    asked_single_shots().clear();
     reader->onDeviceAttached("abc");
     QTRY_VERIFY(log->texts().contains("首次连接失败，2秒后重试"));
     QElapsedTimer elapsed;
     elapsed.start();
     QTRY_VERIFY(log->has("[AdbStringChannel] TCP ready:"));
     QVERIFY(elapsed.elapsed() >= 1500);
+    QCOMPARE(asked_single_shots(), (QList<int>{1000, 2000}));
     QCOMPARE(attempts(), 2);
     // The socket is open, and nobody is told.
     QVERIFY(reader->channel->socket != nullptr);

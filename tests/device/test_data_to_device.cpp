@@ -4,6 +4,7 @@
 #include "device/serial_thread.h"
 #include "instrument_frames.h"
 #include "scripted_instrument.h"
+#include "support/asked_polls.h"
 #include "support/box_watcher.h"
 #include "support/log_capture.h"
 
@@ -15,6 +16,7 @@
 #include <QTest>
 #include <QTimer>
 
+#include <algorithm>
 #include <atomic>
 #include <memory>
 
@@ -536,8 +538,13 @@ void test_data_to_device::mode_text_when_the_probe_is_not_answered()
     table_list[1].name = "北地"; // goes out as UTF-8
     QElapsedTimer elapsed;
     elapsed.start();
+    forget_asked_polls();
     run_upload();
     QVERIFY(elapsed.elapsed() >= at_least);
+    // 800 ms in waits of 50 ms.
+    QVERIFY(at_least == 0 || asked_polls().contains(50));
+    QVERIFY(asked_polls().count(50) <= 17);
+    QVERIFY(std::ranges::max(asked_polls()) <= 1000); // of writes
     // Nothing is awaited: what was written counts as delivered.
     QCOMPARE(watcher->texts(), QStringList{succeeded});
     const QString text = "Mode:5,A:0,D:0,n:0,T:20240305070809,N:north\r\n"

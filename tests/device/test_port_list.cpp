@@ -22,7 +22,6 @@ std::string subsystem; // that was asked for
 
 } // namespace
 
-extern "C" {
 struct udev
 {
 };
@@ -32,6 +31,7 @@ struct udev_enumerate
 struct udev_list_entry;
 struct udev_device;
 
+extern "C" {
 udev* udev_new()
 {
     static udev one;

@@ -1,8 +1,9 @@
-#include "asked_waits.h"
 #include "device/adb_string_channel.h"
 #include "device/serial_thread.h"
 #include "instrument_frames.h"
 #include "scripted_instrument.h"
+#include "support/asked_polls.h"
+#include "support/asked_waits.h"
 #include "support/box_watcher.h"
 #include "support/log_capture.h"
 
@@ -18,6 +19,7 @@
 #include <QTest>
 #include <QTimer>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <memory>
@@ -371,6 +373,10 @@ void test_serial_thread::starts_with_everything_at_rest()
 
 void test_serial_thread::detection_begins_after_two_seconds()
 {
+    asked_single_shots().clear();
+    const serial_thread another;
+    QCOMPARE(asked_single_shots(), QList<int>{2000});
+
     instrument = std::make_unique<scripted_instrument>();
     ports = {listed("USB Serial")};
     QElapsedTimer elapsed;
@@ -749,10 +755,12 @@ void test_serial_thread::silence()
     QElapsedTimer elapsed;
     elapsed.start();
     asked_single_shots().clear();
+    forget_asked_polls();
     read();
     QVERIFY(elapsed.elapsed() >= 2000); // 500 ms twice, then 1000 ms
     // 0 is this test's own, which starts the read.
     QCOMPARE(asked_single_shots(), (QList<int>{0, 500, 500}));
+    QCOMPARE(std::ranges::max(asked_polls()), 1000); // of writes, and of the last wait
     QCOMPARE(events, (QStringList{"button 0", "progress 0", "progress 0", "progress 0", no_answer,
                                   "button 1"}));
     QCOMPARE(instrument->requests(),
@@ -1272,8 +1280,10 @@ void test_serial_thread::a_write_that_takes_too_long()
     reader->export_active = true;
     QElapsedTimer elapsed;
     elapsed.start();
+    forget_asked_polls();
     reader->send_export_request();
     QVERIFY(elapsed.elapsed() >= 900);
+    QVERIFY(std::ranges::max(asked_polls()) <= 1000);
     QCOMPARE(log->texts().last(), "[Worker] 写入超时: \"" + reader->port->portName() + "\"");
     QCOMPARE(log->lines().last().type, QtWarningMsg);
     // The read goes on, until its own time-out.
@@ -1411,9 +1421,11 @@ void test_serial_thread::android_bytes_are_read_after_a_pause()
     QTRY_COMPARE(android_requests.size(), 2);
     QElapsedTimer elapsed;
     elapsed.start();
+    asked_single_shots().clear();
     android->write(head{}.frame().left(20));
     QTRY_COMPARE(reader->adb_rx_buffer.size(), 20);
     QVERIFY2(elapsed.elapsed() >= 90, qPrintable(QString::number(elapsed.elapsed())));
+    QCOMPARE(asked_single_shots(), QList<int>{100});
 }
 
 void test_serial_thread::android_silence_leaves_the_read_open()

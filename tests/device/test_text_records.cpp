@@ -1,7 +1,7 @@
-#include "asked_waits.h"
 #include "device/serial_thread.h"
 #include "device/text_records.h"
 #include "scripted_instrument.h"
+#include "support/asked_waits.h"
 #include "support/box_watcher.h"
 #include "support/log_capture.h"
 
