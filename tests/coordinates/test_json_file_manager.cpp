@@ -445,7 +445,7 @@ void test_json_file_manager::foreign_files_data()
     QStringList many_names;
     for (int i = 0; i < 20000; ++i) {
         const QString name = u"S%1"_s.arg(i, 5, 10, QChar(u'0'));
-        many += (i == 0 ? "\"" : ",\"") + name.toLatin1() + "\": {\"model_param\": {\"type\": 1}}";
+        many += (i == 0 ? "\"" : ",\"") + name.toLatin1() + R"(": {"model_param": {"type": 1}})";
         many_names += name;
     }
     row("20,000 systems", many + "}", many_names);

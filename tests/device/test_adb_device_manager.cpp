@@ -147,7 +147,7 @@ void test_adb_device_manager::adb_that_cannot_run()
     manager.adb_path = ground->path("no_program");
     log->clear();
     QVERIFY(!manager.start());
-    const QRegularExpression line("^\\[AdbDeviceManager\\] failed to start adb process: \".+\"$");
+    const QRegularExpression line(R"(^\[AdbDeviceManager\] failed to start adb process: ".+"$)");
     QVERIFY(line.match(log->texts().first()).hasMatch());
     QCOMPARE(log->lines().first().type, QtCriticalMsg);
     QVERIFY(!manager.poll_timer.isActive());

@@ -453,7 +453,7 @@ void test_gpx::creator_data()
     QTest::newRow("blank") << QByteArray("creator=\"Velmo \"") << false;
     QTest::newRow("another") << QByteArray("creator=\"Another program\"") << false;
     QTest::newRow("none") << QByteArray() << false;
-    QTest::newRow("prefixed") << QByteArray("xmlns:a=\"b\" a:creator=\"Velmo\"") << false;
+    QTest::newRow("prefixed") << QByteArray(R"(xmlns:a="b" a:creator="Velmo")") << false;
 }
 
 void test_gpx::creator()
